@@ -1,0 +1,47 @@
+# Entry points for a fresh machine. Each target installs the Debian packages it lacks,
+# then builds with CMake and Ninja.
+PACKAGES := cmake ninja-build g++ clang libclang-rt-14-dev pkg-config zlib1g-dev \
+            libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libexpat1-dev locales
+BUILD    ?= build
+JOBS     ?= $(shell nproc)
+
+.PHONY: deps demo check test asan bench fuzz clean
+
+deps:
+	@missing=""; for p in $(PACKAGES); do \
+	  dpkg -s $$p >/dev/null 2>&1 || missing="$$missing $$p"; done; \
+	if [ -n "$$missing" ]; then \
+	  echo "Installing:$$missing"; \
+	  SUDO=$$( [ "$$(id -u)" = 0 ] || echo sudo ); \
+	  $$SUDO apt-get update && DEBIAN_FRONTEND=noninteractive $$SUDO apt-get install -y $$missing; \
+	fi
+
+demo: deps
+	cmake -S . -B $(BUILD)/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DKYBASE_TESTS=OFF -DKYBASE_BENCH=OFF
+	cmake --build $(BUILD)/release -j $(JOBS) --target tour
+	$(BUILD)/release/examples/tour examples/data
+
+test: deps
+	cmake -S . -B $(BUILD)/check -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKYBASE_WERROR=ON
+	cmake --build $(BUILD)/check -j $(JOBS)
+	tools/run_tests.sh $(BUILD)/check plain
+
+asan: deps
+	cmake -S . -B $(BUILD)/asan -G Ninja -DCMAKE_BUILD_TYPE=Debug -DKYBASE_WERROR=ON -DKYBASE_SANITIZE=ON -DKYBASE_BENCH=OFF
+	cmake --build $(BUILD)/asan -j $(JOBS)
+	tools/run_tests.sh $(BUILD)/asan sanitizers
+
+check: test asan
+	@tools/run_tests.sh --summary $(BUILD)/check $(BUILD)/asan
+
+bench: deps
+	cmake -S . -B $(BUILD)/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DKYBASE_TESTS=OFF
+	cmake --build $(BUILD)/bench -j $(JOBS) --target bench
+	@for b in $(BUILD)/bench/bench/*_bench; do echo "== $$b"; $$b || exit 1; done
+
+fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B $(BUILD)/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKYBASE_FUZZ=ON -DKYBASE_BENCH=OFF
+	cmake --build $(BUILD)/fuzz -j $(JOBS)
+
+clean:
+	rm -rf $(BUILD)

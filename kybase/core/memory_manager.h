@@ -1,0 +1,79 @@
+// KyMemoryManager: the allocator of the library's small fixed-size objects (list
+// cells, list objects, hash table cells). Cells of 1 to 64 bytes come from large
+// blocks in eight size classes of 8 bytes; freed cells go on a per-class free list
+// (last in, first out) and are never returned to the system before shut-down.
+// A cell carries no header, so release() must be given the size given to alloc()
+// (or any size of the same class). Requests above 64 bytes go to the heap and are
+// remembered in a table so that the ones still alive at shut-down are freed.
+//
+// Beside it stand KyMalloc, KyRealloc, KyFree and KyMemMove, the library's doors to
+// the general heap.
+//
+// Two environment switches are read once: KY_MEMORYMANAGER (unset, "true", "yes":
+// on; anything else sends every request to the heap) and KY_TRACEMEMORYMANAGER
+// ("true"/"yes": counters and a status report on stderr at each step; "update":
+// counters only). Both compare without regard to case.
+//
+// Threads: only the first GetInstance() is safe against concurrent callers; the
+// manager itself takes no lock and must be used from one thread at a time.
+// Failure: alloc() returns null when the heap is exhausted; it never throws.
+#ifndef KYBASE_CORE_MEMORY_MANAGER_H
+#define KYBASE_CORE_MEMORY_MANAGER_H
+
+#include <cstdint>
+#include <iosfwd>
+
+#include "kybase/core/export.h"
+
+class KyHashTable;
+
+class KY_EXPORT KyMemoryManager {
+ public:
+  static KyMemoryManager& GetInstance();
+
+  KyMemoryManager();
+  ~KyMemoryManager();
+  KyMemoryManager(const KyMemoryManager&) = delete;
+  KyMemoryManager& operator=(const KyMemoryManager&) = delete;
+
+  void* alloc(unsigned int size);
+  void release(void* pointer, unsigned int size);
+  void status(std::ostream& stream) const;
+
+ private:
+  static constexpr unsigned int kClassCount = 9;
+  static constexpr unsigned int kMaxCell = 64;
+  static constexpr unsigned int kFirstBlock = 4096;
+  static constexpr unsigned int kBlockHeader = 8;
+
+  static unsigned int alignedSize(unsigned int size) { return (size + 7) & ~7u; }
+  static unsigned int category(unsigned int size) { return size % 8 ? size / 8 : size / 8 - 1; }
+
+  void* allocBig(unsigned int size);
+  void* allocFromNewBlock(unsigned int rounded);
+  void countRequest(unsigned int size);
+  void traceStatus() const;
+
+  void* freeLists[kClassCount];
+  char* bumpPointer;
+  char* blockEnd;
+  std::uint32_t blockSize;
+  std::uint32_t allocatedBytes;
+  std::uint32_t usedBytes;
+  std::uint32_t totalRequested;
+  std::int32_t reserved;
+  std::int32_t currentRequested;
+  std::int32_t peakRequested;
+  // Requests above 64 bytes still alive, key and value the block; made at the first.
+  KyHashTable* bigBlockTable;
+};
+
+// Heap doors. KyMalloc and KyRealloc retry through std::get_new_handler() for as long
+// as a handler is installed and the heap says no; without a handler they return null.
+KY_EXPORT void* KyMalloc(unsigned int size);
+KY_EXPORT void* KyRealloc(void* pointer, unsigned int size);
+KY_EXPORT void KyFree(void* pointer);
+// With a size of 0 nothing is touched, so null pointers may pass.
+KY_EXPORT void* KyMemMove(void* destination, const void* source, unsigned int size);
+
+#endif  // KYBASE_CORE_MEMORY_MANAGER_H
