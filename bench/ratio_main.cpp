@@ -41,7 +41,8 @@ class RatioReporter : public benchmark::ConsoleReporter {
         std::string label = base.name.substr(family.size() + 5,
                                              (baseRest == std::string::npos ? base.name.size() : baseRest) -
                                                  family.size() - 5);
-        std::printf("  %-48s vs %-20s %7.2f\n", ours.name.c_str(),
+        if (!label.empty() && label[0] == '_') label.erase(0, 1);
+        std::printf("  %-40s vs %-24s %7.2f\n", ours.name.c_str(),
                     label.empty() ? "baseline" : label.c_str(), base.time / ours.time);
       }
     }

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <typeinfo>
 
 #include "kybase/core/memory_manager.h"
 #include "kybase/core/memory_pool.h"
@@ -26,7 +27,8 @@ KyHashTable::~KyHashTable() {
 void KyHashTable::init(unsigned long count) {
   length = 0;
   // A table of no buckets would divide by zero at its first hash; it gets one bucket.
-  bucketCount = count != 0 ? count : 1;
+  // Counts are 32-bit, like the hashes they divide.
+  bucketCount = count == 0 ? 1 : count > UINT32_MAX ? UINT32_MAX : static_cast<std::uint32_t>(count);
   buckets = new KyBucket[bucketCount];
 }
 
@@ -40,18 +42,39 @@ unsigned long KyHashTable::nextTableSize(unsigned long wanted) {
 
 bool KyHashTable::match(void* const left, void* const right) const { return left == right; }
 
-unsigned long KyHashTable::hash(void* const key) const {
+unsigned long KyHashTable::hash(void* const key) const { return identityHash(key); }
+
+std::uint32_t KyHashTable::identityHash(void* key) const {
   const std::uint64_t bits = reinterpret_cast<std::uintptr_t>(key);
   const std::uint32_t folded = static_cast<std::uint32_t>(bits ^ (bits >> 32));
   return ((folded >> 16) ^ (folded & 0xFFFF)) % bucketCount;
 }
 
-void KyHashTable::insert(void* const key, void* const value) { insert(hash(key), key, value); }
+bool KyHashTable::identityKeys() const {
+  if (plain < 0) plain = typeid(*this) == typeid(KyHashTable) ? 1 : 0;
+  return plain != 0;
+}
+
+KyBucketCell* KyHashTable::findCell(void* key) const {
+  if (identityKeys()) {
+    KyBucketCell* cell = buckets[identityHash(key)].first;
+    while (cell != nullptr && cell->key != key) cell = cell->next;
+    return cell;
+  }
+  KyBucketCell* cell = buckets[hash(key)].first;
+  while (cell != nullptr && !match(key, cell->key)) cell = cell->next;
+  return cell;
+}
+
+void KyHashTable::insert(void* const key, void* const value) {
+  insert(identityKeys() ? identityHash(key) : hash(key), key, value);
+}
 
 void KyHashTable::insert(unsigned long bucket, void* const key, void* const value) {
   KyBucket& chain = buckets[bucket];
+  const bool identity = identityKeys();
   for (KyBucketCell* cell = chain.first; cell != nullptr; cell = cell->next) {
-    if (match(key, cell->key)) {
+    if (identity ? cell->key == key : match(key, cell->key)) {
       cell->value = value;
       return;
     }
@@ -59,8 +82,9 @@ void KyHashTable::insert(unsigned long bucket, void* const key, void* const valu
   chain.first = new KyBucketCell{key, value, chain.first};
   ++chain.length;
   ++length;
-  const unsigned long load = length / bucketCount;
-  if (((chain.length > 12 && load > 2) || load > 6) && bucketCount != kMaxBuckets) growingReHash();
+  // The load is length / bucketCount in integers; "load > 2" is "length >= 3 * count".
+  const unsigned long count = bucketCount;
+  if (((chain.length > 12 && length >= 3 * count) || length >= 7 * count) && count != kMaxBuckets) growingReHash();
 }
 
 bool KyHashTable::replace(void* const key, void* const value) {
@@ -68,18 +92,18 @@ bool KyHashTable::replace(void* const key, void* const value) {
   return true;
 }
 
-bool KyHashTable::contains(void* const key) const {
-  for (KyBucketCell* cell = buckets[hash(key)].first; cell != nullptr; cell = cell->next)
-    if (match(key, cell->key)) return true;
-  return false;
-}
+bool KyHashTable::contains(void* const key) const { return findCell(key) != nullptr; }
 
-bool KyHashTable::remove(void* const key) { return remove(hash(key), key); }
+bool KyHashTable::remove(void* const key) { return remove(identityKeys() ? identityHash(key) : hash(key), key); }
 
 bool KyHashTable::remove(unsigned long bucket, void* const key) {
   KyBucket& chain = buckets[bucket];
   KyBucketCell** link = &chain.first;
-  while (*link != nullptr && !match(key, (*link)->key)) link = &(*link)->next;
+  if (identityKeys()) {
+    while (*link != nullptr && (*link)->key != key) link = &(*link)->next;
+  } else {
+    while (*link != nullptr && !match(key, (*link)->key)) link = &(*link)->next;
+  }
   KyBucketCell* cell = *link;
   if (cell == nullptr) return false;
   *link = cell->next;
@@ -88,15 +112,13 @@ bool KyHashTable::remove(unsigned long bucket, void* const key) {
   --length;
   // Only a table made with fewer than 17 buckets is ever resized here, and then up to
   // 17: callers rely on large tables never rehashing on removal.
-  if (length / bucketCount < 2 && bucketCount < 17) shrinkingRehash();
+  if (bucketCount < 17 && length < 2UL * bucketCount) shrinkingRehash();
   return true;
 }
 
 void* KyHashTable::find(void* const key, bool (*predicate)(void*, void*), void* argument) const {
-  for (KyBucketCell* cell = buckets[hash(key)].first; cell != nullptr; cell = cell->next) {
-    if (!match(key, cell->key)) continue;
-    if (predicate == nullptr || predicate(cell->value, argument)) return cell->value;
-  }
+  KyBucketCell* cell = findCell(key);
+  if (cell == nullptr || predicate == nullptr || predicate(cell->value, argument)) return cell != nullptr ? cell->value : nullptr;
   return nullptr;
 }
 
@@ -112,13 +134,14 @@ void KyHashTable::reHash(unsigned long count) {
   KyBucket* const oldBuckets = buckets;
   const unsigned long oldCount = bucketCount;
   KyBucket* const newBuckets = new KyBucket[count];
-  bucketCount = count;
+  bucketCount = static_cast<std::uint32_t>(count);
   buckets = newBuckets;
+  const bool identity = identityKeys();
   for (unsigned long i = 0; i < oldCount; ++i) {
     KyBucketCell* cell = oldBuckets[i].first;
     while (cell != nullptr) {
       KyBucketCell* const next = cell->next;
-      KyBucket& target = newBuckets[hash(cell->key)];
+      KyBucket& target = newBuckets[identity ? identityHash(cell->key) : hash(cell->key)];
       cell->next = target.first;
       target.first = cell;
       ++target.length;
@@ -192,7 +215,7 @@ unsigned long KyStringHashTable::hash(void* const key) const {
     const std::uint32_t g = h & 0xF0000000u;
     if (g != 0) h = h ^ (g >> 24) ^ g;
   }
-  return h % numberOfBuckets();
+  return h % static_cast<std::uint32_t>(numberOfBuckets());
 }
 
 namespace {

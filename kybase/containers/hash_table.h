@@ -89,9 +89,17 @@ class KY_EXPORT KyHashTable {
   void collect(void** out, bool keys) const;
 
  private:
+  // True when this object is a plain KyHashTable, so that the hot paths may hash and
+  // compare keys without a virtual call. Found at the first use: a derived class's
+  // identity is not known while the base is being constructed.
+  bool identityKeys() const;
+  std::uint32_t identityHash(void* key) const;
+  KyBucketCell* findCell(void* key) const;
+
   KyBucket* buckets;
-  unsigned long bucketCount;
+  std::uint32_t bucketCount;
   unsigned long length;
+  mutable signed char plain = -1;
 };
 
 class KY_EXPORT KyStringHashTable : public KyHashTable {

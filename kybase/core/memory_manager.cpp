@@ -15,8 +15,6 @@ namespace {
 int ManagerState = -1;
 // -1 not read yet, then 0, 1 or 3.
 int TraceLevel = -1;
-// The instance made by GetInstance(): only its death ends the cells of the process.
-KyMemoryManager* Singleton = nullptr;
 
 constexpr int kStateOff = 0;
 constexpr int kStateOn = 1;
@@ -49,11 +47,11 @@ void FreeBigBlock(void* key, void*, void*) { KyFree(key); }
 }  // namespace
 
 KyMemoryManager& KyMemoryManager::GetInstance() {
-  static KyMemoryManager instance;
-  static const bool known = (Singleton = &instance, true);
-  (void)known;
+  static KyMemoryManager instance{SingletonTag{}};
   return instance;
 }
+
+KyMemoryManager::KyMemoryManager(SingletonTag) : KyMemoryManager() { singleton = true; }
 
 KyMemoryManager::KyMemoryManager()
     : bumpPointer(nullptr),
@@ -65,7 +63,9 @@ KyMemoryManager::KyMemoryManager()
       reserved(0),
       currentRequested(0),
       peakRequested(0),
-      bigBlockTable(nullptr) {
+      bigBlockTable(nullptr),
+      quiet(false),
+      singleton(false) {
   if (TraceLevel == -1) TraceLevel = ReadTraceLevel();
   for (void*& head : freeLists) head = nullptr;
   char* block = static_cast<char*>(KyMalloc(kFirstBlock));
@@ -91,7 +91,8 @@ KyMemoryManager::~KyMemoryManager() {
   }
   // Cells handed out before now lived in the blocks just freed: from here on a late
   // release is ignored and a late request goes to the heap.
-  if (this == Singleton && ManagerState != kStateOff) ManagerState = kStateGone;
+  quiet = false;
+  if (singleton && ManagerState != kStateOff) ManagerState = kStateGone;
 }
 
 void KyMemoryManager::countRequest(unsigned int size) {
@@ -105,8 +106,9 @@ void KyMemoryManager::traceStatus() const {
   if (TraceLevel == 3) status(std::cerr);
 }
 
-void* KyMemoryManager::alloc(unsigned int size) {
+void* KyMemoryManager::allocSlow(unsigned int size) {
   if (!ManagerOn()) return KyMalloc(size);
+  quiet = TraceLevel == 0;
   if (TraceLevel != 0) countRequest(size);
   if (size > kMaxCell) return allocBig(size);
   // A request of 0 bytes is served as one of 8, so that it has a class.
@@ -165,7 +167,7 @@ void* KyMemoryManager::allocFromNewBlock(unsigned int rounded) {
   return block + kBlockHeader;
 }
 
-void KyMemoryManager::release(void* pointer, unsigned int size) {
+void KyMemoryManager::releaseSlow(void* pointer, unsigned int size) {
   if (pointer == nullptr) return;
   if (!ManagerOn()) {
     if (ManagerState == kStateOff) KyFree(pointer);

@@ -36,11 +36,33 @@ class KY_EXPORT KyMemoryManager {
   KyMemoryManager(const KyMemoryManager&) = delete;
   KyMemoryManager& operator=(const KyMemoryManager&) = delete;
 
-  void* alloc(unsigned int size);
-  void release(void* pointer, unsigned int size);
+  // The common case, a cell popped from or pushed on its free list, is inline; the
+  // rest (switches, counters, bumping, new blocks, big requests) is out of line.
+  void* alloc(unsigned int size) {
+    if (quiet && size - 1 < kMaxCell) {
+      void*& head = freeLists[(size - 1) / 8];
+      if (void* cell = head) {
+        head = *static_cast<void**>(cell);
+        return cell;
+      }
+    }
+    return allocSlow(size);
+  }
+  void release(void* pointer, unsigned int size) {
+    if (quiet && pointer != nullptr && size - 1 < kMaxCell) {
+      void*& head = freeLists[(size - 1) / 8];
+      *static_cast<void**>(pointer) = head;
+      head = pointer;
+      return;
+    }
+    releaseSlow(pointer, size);
+  }
   void status(std::ostream& stream) const;
 
  private:
+  struct SingletonTag {};
+  explicit KyMemoryManager(SingletonTag);
+
   static constexpr unsigned int kClassCount = 9;
   static constexpr unsigned int kMaxCell = 64;
   static constexpr unsigned int kFirstBlock = 4096;
@@ -49,6 +71,8 @@ class KY_EXPORT KyMemoryManager {
   static unsigned int alignedSize(unsigned int size) { return (size + 7) & ~7u; }
   static unsigned int category(unsigned int size) { return size % 8 ? size / 8 : size / 8 - 1; }
 
+  void* allocSlow(unsigned int size);
+  void releaseSlow(void* pointer, unsigned int size);
   void* allocBig(unsigned int size);
   void* allocFromNewBlock(unsigned int rounded);
   void countRequest(unsigned int size);
@@ -66,6 +90,10 @@ class KY_EXPORT KyMemoryManager {
   std::int32_t peakRequested;
   // Requests above 64 bytes still alive, key and value the block; made at the first.
   KyHashTable* bigBlockTable;
+  // Cells are on and nothing is counted: the free lists may be used directly. Set
+  // once the switches have been read; cleared at destruction.
+  bool quiet;
+  bool singleton;
 };
 
 // Heap doors. KyMalloc and KyRealloc retry through std::get_new_handler() for as long
