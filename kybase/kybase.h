@@ -5,6 +5,11 @@
 #include "kybase/core/export.h"
 #include "kybase/core/memory_manager.h"
 #include "kybase/core/memory_pool.h"
+#include "kybase/core/global_context.h"
+#include "kybase/containers/array.h"
 #include "kybase/containers/hash_table.h"
+#include "kybase/containers/list.h"
+#include "kybase/containers/symbol.h"
+#include "kybase/containers/typed_lists.h"
 
 #endif  // KYBASE_KYBASE_H
