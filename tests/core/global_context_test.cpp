@@ -1,0 +1,98 @@
+#include "kybase/core/global_context.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+
+#include "kybase/containers/symbol.h"
+
+namespace {
+
+void* P(std::uintptr_t value) { return reinterpret_cast<void*>(value); }
+
+TEST(GlobalContext, ValueRegistryErrorNumbers) {
+  KyGlobalContext& context = KyGlobalContext::GetInstance();
+  void* owner = P(0x1000);
+  void* other = P(0x2000);
+  void* value = P(1);
+
+  EXPECT_TRUE(context.addValue(P(10), P(1), owner));
+  EXPECT_EQ(KyGlobalContext::GetError(), 0);
+  EXPECT_FALSE(context.addValue(P(11), P(1), owner));
+  EXPECT_EQ(KyGlobalContext::GetError(), 1);
+  EXPECT_TRUE(context.addValue(P(12), P(1), other));
+
+  EXPECT_TRUE(context.getValue(value, P(1), owner));
+  EXPECT_EQ(value, P(10));
+  EXPECT_FALSE(context.getValue(value, P(1), P(0x3000)));
+  EXPECT_EQ(KyGlobalContext::GetError(), 2);
+  EXPECT_EQ(value, nullptr);
+  value = P(1);
+  EXPECT_FALSE(context.getValue(value, P(2), owner));
+  EXPECT_EQ(KyGlobalContext::GetError(), 3);
+  EXPECT_EQ(value, nullptr);
+
+  EXPECT_FALSE(context.replaceValue(P(13), P(2), owner));
+  EXPECT_EQ(KyGlobalContext::GetError(), 3);
+  EXPECT_FALSE(context.replaceValue(P(13), P(2), P(0x3000)));
+  EXPECT_EQ(KyGlobalContext::GetError(), 2);
+  EXPECT_TRUE(context.replaceValue(P(13), P(1), owner));
+
+  EXPECT_FALSE(context.removeValue(P(10), P(1), owner));
+  EXPECT_EQ(KyGlobalContext::GetError(), 4);
+  EXPECT_TRUE(context.getValue(value, P(1), owner));
+  EXPECT_EQ(value, P(13));
+  EXPECT_TRUE(context.removeValue(P(13), P(1), owner));
+  EXPECT_EQ(KyGlobalContext::GetError(), 0);
+  EXPECT_FALSE(context.removeValue(P(13), P(1), P(0x3000)));
+  EXPECT_EQ(KyGlobalContext::GetError(), 2);
+
+  // A null owner is one more key, and a stored null is a success.
+  EXPECT_TRUE(context.addValue(nullptr, P(5), nullptr));
+  value = P(1);
+  EXPECT_TRUE(context.getValue(value, P(5), nullptr));
+  EXPECT_EQ(value, nullptr);
+  EXPECT_TRUE(KyGlobalContext::IsCPULsb());
+}
+
+class FlagContext : public KyGlobalContext {
+ public:
+  using KyGlobalContext::getCompatibilityFlag;
+  using KyGlobalContext::invertCompatibilityFlag;
+  using KyGlobalContext::setCompatibilityFlag;
+  using KyGlobalContext::unSetCompatibilityFlag;
+};
+
+TEST(GlobalContext, CompatibilityFlagsUseTheLowFiveBits) {
+  FlagContext context;
+  context.setCompatibilityFlag(33);
+  EXPECT_TRUE(context.getCompatibilityFlag(1));
+  context.unSetCompatibilityFlag(1);
+  EXPECT_FALSE(context.getCompatibilityFlag(33));
+  context.invertCompatibilityFlag(31);
+  EXPECT_TRUE(context.getCompatibilityFlag(63));
+  context.setCompatibilityFlag(31, false);
+  EXPECT_FALSE(context.getCompatibilityFlag(31));
+}
+
+TEST(Symbol, InternedByTextWithItsOwnCopy) {
+  char buffer[] = "kybase-symbol";
+  KySymbol* symbol = KySymbol::Get(buffer, true);
+  std::strcpy(buffer, "changed");
+  EXPECT_STREQ(symbol->name(), "kybase-symbol");
+  EXPECT_EQ(KySymbol::Get("kybase-symbol", true), symbol);
+  EXPECT_EQ(KySymbol::Get("kybase-symbol", false), symbol);
+  EXPECT_EQ(KyGlobalContext::GetInstance().findSymbol("kybase-symbol"), symbol);
+  symbol->setCache(42);
+  EXPECT_EQ(KySymbol::Get("kybase-symbol", false)->getCache(), 42u);
+
+  EXPECT_EQ(KySymbol::Get("kybase-unknown", false), nullptr);
+  EXPECT_EQ(KySymbol::Get("kybase-unknown", false), nullptr);
+  KySymbol* empty = KySymbol::Get("", true);
+  ASSERT_NE(empty, nullptr);
+  EXPECT_STREQ(static_cast<const char*>(*empty), "");
+  EXPECT_EQ(KySymbol::Get(nullptr, true), nullptr);
+}
+
+}  // namespace
