@@ -3,6 +3,7 @@
 #include <kybase/kybase.h>
 
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <set>
@@ -55,8 +56,9 @@ void TourMemory(const std::vector<std::string>& words) {
   std::cout << "A locked scratch buffer and an unlocked one from the character pool:\n";
   KyCharPool::PrintInformation(std::cout, 1);
   KyCharPool::UnLock(buffer);
-  std::cout << "After unlocking, a request of 20 characters reuses the first free buffer that fits: "
-            << (KyCharPool::Alloc(20, false) == buffer || KyCharPool::Alloc(20, false) == other ? "yes" : "no") << ".\n";
+  char* reused = KyCharPool::Alloc(20, false);
+  std::cout << "After unlocking, a request of 20 characters takes the first free buffer of the chain that fits: the "
+            << (reused == other ? "newer 128-byte" : reused == buffer ? "older 64-byte" : "new") << " one.\n";
 }
 
 void TourHashTable(const std::vector<std::string>& words) {
@@ -98,6 +100,50 @@ void TourHashTable(const std::vector<std::string>& words) {
   delete[] keys;
 }
 
+void TourContainers(const std::vector<std::string>& words) {
+  Heading("Lists, arrays, symbols and the global context");
+  // Intern every word: equal texts become one symbol, compared by pointer.
+  KyArray symbols;
+  for (const std::string& word : words) symbols.add(KySymbol::Get(word.c_str(), true));
+  std::cout << words.size() << " words interned as symbols in an array (capacity " << symbols.getMaxLength()
+            << ", a power of two reached by doubling).\n";
+  KySymbol* light = KySymbol::Get("light", false);
+  unsigned long same = 0;
+  for (unsigned long i = 0; i < symbols.getLength(); ++i) same += symbols[i] == light;
+  std::cout << "The symbol \"light\" is one object; pointer comparison finds it " << same << " times.\n";
+  std::cout << "Asking for an unknown word without creating it gives "
+            << (KySymbol::Get("lighthouses-of-the-moon", false) == nullptr ? "nothing" : "a symbol") << ".\n";
+
+  // A list of the long words, walked with a safe iterator while the list changes.
+  KyList list;
+  for (unsigned long i = 0; i < symbols.getLength(); ++i) {
+    auto* symbol = static_cast<KySymbol*>(symbols[i]);
+    if (std::strlen(symbol->name()) >= 9 && !list.find(symbol)) list.append(symbol);
+  }
+  std::cout << "Distinct words of nine letters or more, in order of appearance (" << list.getLength() << "):";
+  KySafeListIterator walk(list);
+  while (walk.hasMoreElements()) {
+    auto* symbol = static_cast<KySymbol*>(walk.getNextElement());
+    std::cout << ' ' << symbol->name();
+    // Removing the word the iterator would visit next is safe: the list moves it on.
+    if (auto* next = static_cast<KySymbol*>(list.getValue(1)); next != nullptr && symbol == list.getValue(0)) {
+      list.remove(next);
+      std::cout << " (removed \"" << next->name() << "\" under the iterator)";
+    }
+  }
+  std::cout << "\n";
+
+  static int owner;
+  KyGlobalContext& context = KyGlobalContext::GetInstance();
+  context.addValue(light, const_cast<char*>("word"), &owner);
+  void* value = nullptr;
+  context.getValue(value, const_cast<char*>("word"), &owner);
+  std::cout << "The global context keeps client values by owner and key: "
+            << (value == light ? "found the stored symbol again" : "lost it") << "; a second add of that key fails with error "
+            << (context.addValue(light, const_cast<char*>("word"), &owner) ? 0 : KyGlobalContext::GetError()) << ".\n";
+  context.addExitCallback([] { std::cout << "(exit callback: the global context is shutting down)\n"; });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -112,5 +158,6 @@ int main(int argc, char** argv) {
             << " words)\n";
   TourMemory(words);
   TourHashTable(words);
+  TourContainers(words);
   return 0;
 }

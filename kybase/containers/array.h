@@ -26,8 +26,13 @@ class KY_EXPORT KyArray {
   void*& operator[](unsigned long index) { return data[index]; }
   void* operator[](unsigned long index) const { return data[index]; }
 
-  void add(void* const value) { insert(length, value); }
-  void push(void* const& value) { insert(length, value); }
+  void add(void* const value) { push(value); }
+  void push(void* const& value) {
+    if (length < maxLength)
+      data[length++] = value;
+    else
+      insert(length, value);
+  }
   void append(void* const* values, unsigned long count) { insert(values, count, length); }
   void append(const KyArray& other) { insert(other.data, other.length, length); }
   // An index above the length means the end.

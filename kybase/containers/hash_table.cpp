@@ -202,7 +202,9 @@ KyStringHashTable::~KyStringHashTable() = default;
 
 bool KyStringHashTable::match(void* const left, void* const right) const {
   if (left == nullptr || right == nullptr) return left == right;
-  return std::strcmp(static_cast<const char*>(left), static_cast<const char*>(right)) == 0;
+  const char* a = static_cast<const char*>(left);
+  const char* b = static_cast<const char*>(right);
+  return *a == *b && std::strcmp(static_cast<const char*>(left), static_cast<const char*>(right)) == 0;
 }
 
 unsigned long KyStringHashTable::hash(void* const key) const {
