@@ -28,7 +28,7 @@ void KyHashTable::init(unsigned long count) {
   length = 0;
   // A table of no buckets would divide by zero at its first hash; it gets one bucket.
   // Counts are 32-bit, like the hashes they divide.
-  bucketCount = count == 0 ? 1 : count > UINT32_MAX ? UINT32_MAX : static_cast<std::uint32_t>(count);
+  setBucketCount(count == 0 ? 1 : count > UINT32_MAX ? UINT32_MAX : static_cast<std::uint32_t>(count));
   buckets = new KyBucket[bucketCount];
 }
 
@@ -40,6 +40,16 @@ unsigned long KyHashTable::nextTableSize(unsigned long wanted) {
   return wanted;
 }
 
+void KyHashTable::setBucketCount(std::uint32_t count) {
+  bucketCount = count;
+  modMagic = UINT64_MAX / count + 1;
+}
+
+std::uint32_t KyHashTable::reduce(std::uint32_t value) const {
+  const std::uint64_t low = modMagic * value;
+  return static_cast<std::uint32_t>((static_cast<unsigned __int128>(low) * bucketCount) >> 64);
+}
+
 bool KyHashTable::match(void* const left, void* const right) const { return left == right; }
 
 unsigned long KyHashTable::hash(void* const key) const { return identityHash(key); }
@@ -47,7 +57,7 @@ unsigned long KyHashTable::hash(void* const key) const { return identityHash(key
 std::uint32_t KyHashTable::identityHash(void* key) const {
   const std::uint64_t bits = reinterpret_cast<std::uintptr_t>(key);
   const std::uint32_t folded = static_cast<std::uint32_t>(bits ^ (bits >> 32));
-  return ((folded >> 16) ^ (folded & 0xFFFF)) % bucketCount;
+  return reduce((folded >> 16) ^ (folded & 0xFFFF));
 }
 
 bool KyHashTable::identityKeys() const {
@@ -134,7 +144,7 @@ void KyHashTable::reHash(unsigned long count) {
   KyBucket* const oldBuckets = buckets;
   const unsigned long oldCount = bucketCount;
   KyBucket* const newBuckets = new KyBucket[count];
-  bucketCount = static_cast<std::uint32_t>(count);
+  setBucketCount(static_cast<std::uint32_t>(count));
   buckets = newBuckets;
   const bool identity = identityKeys();
   for (unsigned long i = 0; i < oldCount; ++i) {
@@ -217,7 +227,7 @@ unsigned long KyStringHashTable::hash(void* const key) const {
     const std::uint32_t g = h & 0xF0000000u;
     if (g != 0) h = h ^ (g >> 24) ^ g;
   }
-  return h % static_cast<std::uint32_t>(numberOfBuckets());
+  return reduce(h);
 }
 
 namespace {

@@ -85,6 +85,10 @@ class KY_EXPORT KyHashTable {
   void growingReHash();
   void shrinkingRehash();
 
+  // value % numberOfBuckets(), by multiplication with a reciprocal fixed at each
+  // resize rather than by division.
+  std::uint32_t reduce(std::uint32_t value) const;
+
   // Fills `out` with keys or values in traversal order.
   void collect(void** out, bool keys) const;
 
@@ -94,11 +98,13 @@ class KY_EXPORT KyHashTable {
   // identity is not known while the base is being constructed.
   bool identityKeys() const;
   std::uint32_t identityHash(void* key) const;
+  void setBucketCount(std::uint32_t count);
   KyBucketCell* findCell(void* key) const;
 
   KyBucket* buckets;
   std::uint32_t bucketCount;
   unsigned long length;
+  std::uint64_t modMagic = 0;
   mutable signed char plain = -1;
 };
 
