@@ -1,0 +1,69 @@
+// KyInternalString: the shared, reference-counted body behind every KyString. Two
+// kinds exist: KySBString keeps single-byte text, KyMBString keeps multi-byte text
+// twice, as narrow bytes and as wide units. A body is made with a count of 0; each
+// KyString handle that stores it owns one count, and the last handle deletes it.
+//
+// Positions and lengths count characters of the body's own kind (bytes, or wide
+// units); only getValue and getSize speak of narrow bytes. An operation that takes a
+// body of the other kind as argument must not be called on a KyMBString with a
+// KySBString argument (the cast throws std::bad_cast); KyString never does that.
+//
+// Failure: bad ranges are clamped, never reported here. Allocation failure is
+// std::bad_alloc from operator new. Nothing is thread-safe: counts change by plain
+// arithmetic.
+#ifndef KYBASE_TEXT_INTERNAL_STRING_H
+#define KYBASE_TEXT_INTERNAL_STRING_H
+
+#include "kybase/core/export.h"
+
+class KY_EXPORT KyInternalString {
+ public:
+  // The longest text a body holds, in characters: lengths are ints, and the size
+  // with its terminator must stay representable.
+  static const int kMaxLength = 0x7FFFFFFE;
+
+  KyInternalString(const KyInternalString&) = delete;
+  KyInternalString& operator=(const KyInternalString&) = delete;
+
+  virtual KyInternalString* getSubString(int start, int end) const = 0;
+  virtual int getIndexOf(const KyInternalString& pattern, int from, int patternStart, int patternEnd) const = 0;
+  virtual int getLastIndexOf(const KyInternalString& pattern, int from, int patternStart,
+                             int patternEnd) const = 0;
+  virtual bool isBlank() const = 0;
+  virtual int compare(const KyInternalString& other, int start, int end, int otherStart, int otherEnd) const = 0;
+  virtual int caseCompare(const KyInternalString& other, int start, int end, int otherStart,
+                          int otherEnd) const = 0;
+  virtual bool matches(const KyInternalString& pattern, int start, int end, int patternStart,
+                       int patternEnd) const = 0;
+  virtual int isMultiByte() const = 0;
+  virtual void replace(const KyInternalString& other, int start, int end, int otherStart, int otherEnd) = 0;
+  virtual void substitute(const KyInternalString& oldText, const KyInternalString& newText, int start, int end,
+                          int oldStart, int oldEnd, int newStart, int newEnd) = 0;
+  virtual void toLower() = 0;
+  virtual void toUpper() = 0;
+  virtual KyInternalString* copy() const = 0;
+  // Gives the narrow buffer n bytes. The old bytes are dropped, not copied, and the new
+  // block is not initialised; length and the wide form are left as they are.
+  virtual void reserve(int n);
+  virtual ~KyInternalString();
+
+  const char* getValue() const { return value; }
+  unsigned int getSize() const { return size; }
+  int getLength() const { return length; }
+  int getRefCount() const { return refCount; }
+
+ protected:
+  KyInternalString() : value(nullptr), size(0), length(0), refCount(0) {}
+
+  // The shared empty body of the kind the current MB_CUR_MAX gives.
+  static KyInternalString* SharedEmpty();
+
+  char* value;
+  unsigned int size;
+  int length;
+  int refCount;
+
+  friend class KyString;
+};
+
+#endif  // KYBASE_TEXT_INTERNAL_STRING_H

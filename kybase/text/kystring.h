@@ -1,0 +1,145 @@
+// KyString: the library's text value. A handle of one pointer on a shared,
+// reference-counted body (KyInternalString): copies share the body, and every edit
+// first makes the body private (copy on write). The body's kind is chosen when the
+// string is made, from the current MB_CUR_MAX: below 2 a KySBString, where characters
+// are bytes; otherwise a KyMBString, where characters are wide units. All positions and
+// lengths count characters; only getSize, getValue, copyValue and the conversion to
+// const char* speak of narrow bytes.
+//
+// Kinds may be mixed only one way: a KyMBString takes a KySBString argument while the
+// process is still multi-byte (through a temporary made from its narrow bytes); every
+// other mixed call gives up quietly (-1, false, or the string unchanged).
+//
+// Failure: bad ranges never throw. compare, caseCompare and matches write one line on
+// standard error for a reversed range; everything else is silent. Allocation failure is
+// std::bad_alloc. Threads: none of this is thread-safe; counts change by plain
+// arithmetic, so copies of one string must not be used from two threads.
+#ifndef KYBASE_TEXT_KYSTRING_H
+#define KYBASE_TEXT_KYSTRING_H
+
+#include <iosfwd>
+
+#include "kybase/core/export.h"
+
+class KyInternalString;
+
+class KY_EXPORT KyString {
+ public:
+  static const char* const DefaultIntegerFormat;
+  static const char* const DefaultUnsignedIntegerFormat;
+  static const char* const DefaultShortFormat;
+  static const char* const DefaultUnsignedShortFormat;
+  static const char* const DefaultLongFormat;
+  static const char* const DefaultUnsignedLongFormat;
+  static const char* const DefaultFloatFormat;
+  static const char* const DefaultDoubleFormat;
+  static const char* const EmptyCString;
+
+  // From narrow text; a null text is the empty string. A count of -1 takes the text to
+  // its terminator. A single-byte string takes any other count as its length (a count
+  // past the text leaves zero bytes inside the length); a multi-byte string ignores it.
+  KyString(const char* text = nullptr, int count = -1);
+  // From a number, formatted with the caller's printf format (a null format means the
+  // default). Output of any length is kept whole.
+  KyString(short number, const char* format = DefaultShortFormat);
+  KyString(unsigned short number, const char* format = DefaultUnsignedShortFormat);
+  KyString(int number, const char* format = DefaultIntegerFormat);
+  KyString(unsigned int number, const char* format = DefaultUnsignedIntegerFormat);
+  KyString(long number, const char* format = DefaultLongFormat);
+  KyString(unsigned long number, const char* format = DefaultUnsignedLongFormat);
+  KyString(float number, const char* format = DefaultFloatFormat);
+  KyString(double number, const char* format = DefaultDoubleFormat);
+  KyString(const KyString& other);
+  ~KyString();
+  KyString& operator=(const KyString& other);
+
+  const char* getValue() const;
+  operator const char*() const;
+  // A new array of getSize() bytes; the caller releases it with delete[].
+  char* copyValue() const;
+  unsigned int getLength() const;
+  unsigned int getSize() const;
+  bool isEmpty() const;
+  bool operator!() const;
+  bool isBlank() const;
+  KyInternalString* getInternalString() const;
+  // Characters [start, end); a whole-string range shares the body.
+  KyString getSubString(int start, int end) const;
+
+  int compare(const KyString& other, int start = 0, int end = -1, int otherStart = 0, int otherEnd = -1) const;
+  int caseCompare(const KyString& other, int start = 0, int end = -1, int otherStart = 0,
+                  int otherEnd = -1) const;
+  bool equals(const KyString& other, int start = 0, int end = -1, int otherStart = 0, int otherEnd = -1) const;
+  // Wildcards: "?" is one character, "*" any run; no escape. A "*" in the text meets a
+  // "*" of the pattern as a plain character.
+  bool matches(const KyString& pattern, int start = 0, int end = -1, int patternStart = 0,
+               int patternEnd = -1) const;
+  int getIndexOf(const KyString& pattern, int from = 0, int patternStart = 0, int patternEnd = -1) const;
+  int getLastIndexOf(const KyString& pattern, int from = -1, int patternStart = 0, int patternEnd = -1) const;
+  bool startsWith(const KyString& pattern, int patternStart = 0, int patternEnd = -1) const;
+  bool endsWith(const KyString& pattern, int patternStart = 0, int patternEnd = -1) const;
+
+  bool operator==(const KyString& other) const;
+  bool operator!=(const KyString& other) const;
+  bool operator<(const KyString& other) const;
+  bool operator<=(const KyString& other) const;
+  bool operator>(const KyString& other) const;
+  bool operator>=(const KyString& other) const;
+  // Narrow text on the right, so that s == "text" does not also match the built-in
+  // comparison of two pointers.
+  bool operator==(const char* text) const;
+  bool operator!=(const char* text) const;
+  bool operator<(const char* text) const;
+  bool operator<=(const char* text) const;
+  bool operator>(const char* text) const;
+  bool operator>=(const char* text) const;
+
+  KyString& replace(const KyString& other, int start = 0, int end = -1, int otherStart = 0, int otherEnd = -1);
+  KyString& catenate(const KyString& other, int otherStart = 0, int otherEnd = -1);
+  KyString& operator+=(const KyString& other);
+  KyString& prepend(const KyString& other, int otherStart = 0, int otherEnd = -1);
+  KyString& insert(const KyString& other, int position, int otherStart = 0, int otherEnd = -1);
+  KyString& remove(int start, int end = -1);
+  KyString& remove(const KyString& text, int textStart = 0, int textEnd = -1);
+  KyString& substitute(const KyString& oldText, const KyString& newText, int start = 0, int end = -1,
+                       int oldStart = 0, int oldEnd = -1, int newStart = 0, int newEnd = -1);
+  KyString& toLower();
+  KyString& toUpper();
+
+  // The quoted form: the narrow bytes in double quotes, with a backslash before each
+  // backslash and double quote.
+  void writeQuoted(std::ostream& stream) const;
+  // Skips everything up to a double quote, then reads to the closing quote; a
+  // backslash makes the next byte literal. The string is emptied first in all cases.
+  void readQuoted(std::istream& stream);
+
+ private:
+  explicit KyString(KyInternalString* internal);
+  // A handle on a new body made from text, without the shared-empty step.
+  static KyInternalString* MakeBody(bool multiByte, const char* text, int count);
+  static KyString& sharedEmptyString();
+  static void Release(KyInternalString* internal);
+  // 0 when other has this string's kind, 1 when it may be taken through a temporary
+  // KyMBString, -1 when the call must give up.
+  int mixing(const KyString& other) const;
+  void unshare();
+  void reserve(int n);
+  // Empties the string and appends count bytes of text read by a stream operator.
+  void storeRead(const char* text, unsigned long count);
+
+  static bool emptySBPending;
+  static bool emptyMBPending;
+
+  KyInternalString* internalString;
+
+  friend class KyInternalString;
+  friend std::istream& operator>>(std::istream& stream, KyString& string);
+};
+
+// Writes the narrow text as a const char*, so width and fill apply.
+KY_EXPORT std::ostream& operator<<(std::ostream& stream, const KyString& string);
+// Reads one token delimited by blank, line feed, tab, carriage return or a zero byte.
+// The delimiter that ends it is consumed. The string is emptied first in all cases.
+KY_EXPORT std::istream& operator>>(std::istream& stream, KyString& string);
+
+#endif  // KYBASE_TEXT_KYSTRING_H
