@@ -114,14 +114,17 @@ bool KyGlobalContext::addValue(void* value, void* key, void* owner) {
   return true;
 }
 
-bool KyGlobalContext::getValue(void*& value, void* key, void* owner) const {
+KyAList* KyGlobalContext::innerTable(void* owner) const {
   _Error = kNoError;
-  value = nullptr;
   auto* inner = static_cast<KyAList*>(values->get(owner));
-  if (inner == nullptr) {
-    _Error = kNoOwner;
-    return false;
-  }
+  if (inner == nullptr) _Error = kNoOwner;
+  return inner;
+}
+
+bool KyGlobalContext::getValue(void*& value, void* key, void* owner) const {
+  value = nullptr;
+  KyAList* inner = innerTable(owner);
+  if (inner == nullptr) return false;
   if (!inner->find(key, &value)) {
     _Error = kNoKey;
     return false;
@@ -130,12 +133,8 @@ bool KyGlobalContext::getValue(void*& value, void* key, void* owner) const {
 }
 
 bool KyGlobalContext::removeValue(void* value, void* key, void* owner) {
-  _Error = kNoError;
-  auto* inner = static_cast<KyAList*>(values->get(owner));
-  if (inner == nullptr) {
-    _Error = kNoOwner;
-    return false;
-  }
+  KyAList* inner = innerTable(owner);
+  if (inner == nullptr) return false;
   if (!inner->remove(key, value)) {
     _Error = kNoKeyAndValue;
     return false;
@@ -144,12 +143,8 @@ bool KyGlobalContext::removeValue(void* value, void* key, void* owner) {
 }
 
 bool KyGlobalContext::replaceValue(void* value, void* key, void* owner) {
-  _Error = kNoError;
-  auto* inner = static_cast<KyAList*>(values->get(owner));
-  if (inner == nullptr) {
-    _Error = kNoOwner;
-    return false;
-  }
+  KyAList* inner = innerTable(owner);
+  if (inner == nullptr) return false;
   if (!inner->replace(key, value)) {
     _Error = kNoKey;
     return false;

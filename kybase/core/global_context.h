@@ -77,6 +77,9 @@ class KY_EXPORT KyGlobalContext {
   friend class KySymbol;
   static std::uint32_t Flag(unsigned short number) { return 1u << (number & 31); }
   static void CallAll(KyList* callbacks);
+  // The owner's table of values, or null with the error set to kNoOwner; clears the
+  // error first.
+  KyAList* innerTable(void* owner) const;
 
   static Error _Error;
 
