@@ -12,7 +12,11 @@ namespace {
 
 void ExitA();
 void ExitB() { std::printf("exit:B\n"); }
-void ExitC() { std::printf("exit:C\n"); }
+// C removes itself while it runs.
+void ExitC() {
+  std::printf("exit:C\n");
+  KyGlobalContext::GetInstance().removeExitCallback(ExitC);
+}
 // A removes B, which stands next: B must be skipped, not called from a freed cell.
 void ExitA() {
   std::printf("exit:A\n");
