@@ -11,5 +11,7 @@
 #include "kybase/containers/list.h"
 #include "kybase/containers/symbol.h"
 #include "kybase/containers/typed_lists.h"
+#include "kybase/text/number_text.h"
+#include "kybase/text/numeric.h"
 
 #endif  // KYBASE_KYBASE_H

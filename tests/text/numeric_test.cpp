@@ -1,0 +1,254 @@
+#include "kybase/text/numeric.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <clocale>
+#include <cstring>
+#include <string>
+
+#include "number_locale.h"
+
+namespace {
+
+std::string Text(const KyNumeric& value) {
+  char buffer[128];
+  value.get(buffer, sizeof buffer);
+  return buffer;
+}
+
+std::string Text(const char* text) { return Text(KyNumeric(text)); }
+
+std::string Repeat(char c, int count) { return std::string(static_cast<std::size_t>(count), c); }
+
+TEST(Numeric, GetWritesItsOwnTexts) {
+  const struct {
+    const char* text;
+    const char* expected;
+  } cases[] = {
+      {"0.5", ".5"},       {"-0.5", "-.5"},     {"100", "100"},       {"1e3", "1000"},   {"-1e3", "-100"},
+      {"12.5", "12.5"},    {"-12.5", "-12.5"},  {"1.50", "1.5"},      {"1e-5", ".1e-4"}, {"1.5e-3", ".15e-2"},
+      {"0.05", ".05"},     {"0.001", ".001"},   {"0", ".0"},          {"0.0", "0"},      {"-0", ".0"},
+      {" + 7", "7"},       {"5.", "5"},         {"123.456e2", "12345.6"}, {"1e200", ".1e201"}, {"0001.25", "1.25"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(Text(c.text), c.expected) << c.text;
+  EXPECT_EQ(Text(KyNumeric()), "0");
+  EXPECT_EQ(Text(KyNumeric(100L)), "100");
+  EXPECT_EQ(Text(KyNumeric(-42L)), "-42");
+  EXPECT_EQ(Text(KyNumeric(0L)), "0");
+  EXPECT_EQ(Text(KyNumeric(LONG_MIN)), "-9223372036854775808");
+}
+
+TEST(Numeric, SmallBuffersAreCutAndNeverOverrun) {
+  const char* values[] = {"-12.5", "1e50", "-1e-5", "123456", "-0.05", "-1e3"};
+  for (const char* value : values) {
+    const std::string full = Text(value);
+    for (long size = 1; size <= 10; ++size) {
+      char buffer[16];
+      std::memset(buffer, '#', sizeof buffer);
+      KyNumeric(value).get(buffer, size);
+      for (long i = size; i < 16; ++i) ASSERT_EQ(buffer[i], '#') << value << " size " << size;
+    }
+  }
+  char buffer[8];
+  std::memset(buffer, '#', sizeof buffer);
+  KyNumeric("123456").get(buffer, 3);
+  EXPECT_EQ(std::string(buffer, 4), ".12#");  // the point first, then cut, unterminated
+  KyNumeric("1e3").get(buffer, 4);
+  EXPECT_EQ(std::string(buffer, 4), ".1e4");
+  KyNumeric("1.5").get(nullptr, 4);
+}
+
+TEST(Numeric, TextsAreCheckedBeforeAnythingChanges) {
+  const std::string fraction48 = "0." + Repeat('0', 47) + "1";
+  const std::string fraction49 = "0." + Repeat('0', 48) + "1";
+  const char* valid[] = {"0",      "-0",       "0.0",      "5.",      " -5", "- 5", "\t+1.5e+3",
+                         "1E-5",   "000001",   "1e-32769", "1e32766", fraction48.c_str()};
+  for (const char* text : valid) EXPECT_TRUE(KyNumeric().set(text)) << text;
+  const char* invalid[] = {"",   "-",    "00",   "0e5", "0.",       ".",       "1e",
+                           "1e+", "1.5x", "1 ",   "1..5", "+-1",     "e5",      "1e-32770",
+                           "1e32767", fraction49.c_str()};
+  for (const char* text : invalid) {
+    KyNumeric value("-7.25");
+    EXPECT_FALSE(value.set(text)) << text;
+    EXPECT_EQ(Text(value), "-7.25") << text;
+  }
+  KyNumeric value("3");
+  EXPECT_TRUE(value.set(static_cast<const char*>(nullptr)));
+  EXPECT_EQ(Text(value), "0");
+  EXPECT_EQ(Text(KyNumeric("junk")), "0");
+}
+
+TEST(Numeric, HoldsFortyEightDigitsAndNoMore) {
+  const std::string digits48 = "1" + Repeat('2', 46) + "3";
+  KyNumeric value;
+  ASSERT_TRUE(value.set(digits48.c_str()));
+  EXPECT_EQ(value.getPrecision(), 48);
+  EXPECT_EQ(Text(value), digits48);
+  EXPECT_FALSE(value.set((digits48 + "4").c_str()));
+  EXPECT_FALSE(value.set(("1" + digits48).c_str()));
+  EXPECT_TRUE(value.set(("0000" + digits48).c_str()));
+}
+
+TEST(Numeric, PrecisionAndScale) {
+  const struct {
+    KyNumeric value;
+    short precision;
+    short scale;
+  } cases[] = {{"12.5", 3, 1}, {"1e3", 1, -3}, {100L, 3, 0}, {"0.05", 2, 2}, {KyNumeric(), 0, 0}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.value.getPrecision(), c.precision) << Text(c.value);
+    EXPECT_EQ(c.value.getScale(), c.scale) << Text(c.value);
+  }
+}
+
+TEST(Numeric, ZeroTestReadsALeadingZeroDigit) {
+  EXPECT_TRUE(KyNumeric("0.05").isZero());
+  EXPECT_TRUE(KyNumeric("0.05") == KyNumeric("0.07"));
+  EXPECT_FALSE(KyNumeric("0.5").isZero());
+  EXPECT_TRUE(KyNumeric().isZero());
+  EXPECT_TRUE(KyNumeric("0").isZero());
+}
+
+TEST(Numeric, EqualityIgnoresTrailingZerosButNotThePoint) {
+  EXPECT_TRUE(KyNumeric("1.50") == KyNumeric("1.5"));
+  EXPECT_TRUE(KyNumeric(100L) == KyNumeric("1e2"));
+  EXPECT_FALSE(KyNumeric(100L) == KyNumeric("10"));
+  EXPECT_FALSE(KyNumeric("5") == KyNumeric("-5"));
+  EXPECT_FALSE(KyNumeric("1.25") == KyNumeric("1.2"));
+}
+
+TEST(Numeric, OrderingKeepsItsOddities) {
+  const KyNumeric five(5L), minusFive(-5L), three(3L), minusThree(-3L);
+  EXPECT_TRUE(minusFive > minusThree);
+  EXPECT_FALSE(minusFive < minusThree);
+  EXPECT_TRUE(five > minusThree);
+  EXPECT_FALSE(minusThree > five);
+  EXPECT_TRUE(three < five);
+  EXPECT_TRUE(KyNumeric("12.5") > KyNumeric("12.25"));
+  EXPECT_TRUE(KyNumeric("0.5") > KyNumeric("1e-5"));
+  EXPECT_TRUE(five >= five);
+  EXPECT_TRUE(five <= five);
+  EXPECT_FALSE(five > five);
+  EXPECT_FALSE(five < five);
+  // The digit texts decide among equal point positions: "1" ends before "100".
+  EXPECT_FALSE(KyNumeric("1e2") >= KyNumeric(100L));
+  EXPECT_TRUE(KyNumeric("1e2") <= KyNumeric(100L));
+  EXPECT_FALSE(KyNumeric("1e2") < KyNumeric(100L));
+}
+
+TEST(Numeric, ArithmeticFollowsTheSigns) {
+  const struct {
+    const char* a;
+    char op;
+    const char* b;
+    const char* expected;
+  } cases[] = {
+      {"1.5", '+', "2.25", "3.75"},  {"0.5", '+', "0.5", "1"},     {"99", '+', "1", "100"},
+      {"-3", '+', "5", "2"},         {"3", '+', "-5", "-2"},       {"-5", '+', "3", "-2"},
+      {"5", '+', "-3", "2"},         {"-2", '+', "-3", "-5"},      {"1e-5", '+', "1e-5", ".2e-4"},
+      {"1e3", '+', "1e3", "2000"},   {"-0.01", '+', "-0.02", ".03"},
+      {"0.1", '-', "0.3", "-.2"},    {"5", '-', "-3", "8"},        {"-5", '-', "3", "-8"},
+      {"-5", '-', "-3", "-2"},       {"-3", '-', "-5", "2"},       {"10", '-', "0.5", "9.5"},
+      {"7", '-', "7", "0"},          {"1.1e-5", '-', "1e-5", ".1e-5"},
+      {"12", '*', "12", "144"},      {"1.5", '*', "1.5", "22.5"},  {"0.5", '*', "0.5", ".25"},
+      {"0.05", '*', "0.5", ".025"},  {"-2", '*', "3", "-6"},       {"-2", '*', "-3", "6"},
+      {"100", '*', "2", "200"},      {"1.5", '*', "0.5", "7.5"},   {"0", '*', "123", "0"},
+      {"1e-5", '*', "1e-5", ".1"},
+  };
+  for (const auto& c : cases) {
+    KyNumeric a(c.a);
+    const KyNumeric b(c.b);
+    const KyNumeric result = c.op == '+' ? a + b : c.op == '-' ? a - b : a * b;
+    EXPECT_EQ(Text(result), c.expected) << c.a << ' ' << c.op << ' ' << c.b;
+  }
+  KyNumeric value("1.5");
+  EXPECT_EQ(Text(value + 2L), "3.5");
+  EXPECT_EQ(Text(value), "1.5");
+}
+
+TEST(Numeric, SumsOfFortyEightPlacesAreLost) {
+  const KyNumeric whole(Repeat('9', 24).c_str());
+  const KyNumeric tiny(("0." + Repeat('0', 23) + "1").c_str());
+  const KyNumeric lessTiny(("0." + Repeat('0', 22) + "1").c_str());
+  KyNumeric a = whole;
+  EXPECT_EQ(Text(a + tiny), "0");
+  EXPECT_FALSE((a + tiny).isNegative());
+  EXPECT_EQ(Text(a - tiny), "0");
+  EXPECT_EQ(Text(a + lessTiny), Repeat('9', 24) + "." + Repeat('0', 22) + "1");
+  KyNumeric negative("-1e30");
+  EXPECT_EQ(Text(negative - KyNumeric("1e-20")), "0");
+}
+
+TEST(Numeric, ProductsKeepTheirFirstFortyEightDigits) {
+  KyNumeric nines(Repeat('9', 30).c_str());
+  const KyNumeric product = nines * nines;
+  // 10^60 - 2 * 10^30 + 1: 29 nines, an 8, 29 zeros and a 1, of which 48 digits stay.
+  EXPECT_EQ(product.getPrecision(), 48);
+  EXPECT_EQ(Text(product), Repeat('9', 29) + "8" + Repeat('0', 30));
+  // Forty-seven zeros behind the point, twice, push the product out of the 48 places.
+  KyNumeric tiny(("0." + Repeat('0', 47) + "1").c_str());
+  const KyNumeric vanished = tiny * tiny;
+  EXPECT_EQ(vanished.getPrecision(), 48);
+  EXPECT_TRUE(vanished.isZero());
+}
+
+TEST(Numeric, IntegerMeansAThirtyTwoBitLong) {
+  const struct {
+    KyNumeric value;
+    bool integer;
+  } cases[] = {
+      {KyNumeric(), false},     {"0", false},           {123L, true},           {"12.5", false},
+      {2147483647L, true},      {2147483648L, false},   {-2147483647L, true},   {"2147483646.5", true},
+      {"2147483647.5", false},  {999999999L, true},     {"1e9", true},          {"5e9", false},
+      {"1e-5", false},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.value.isInteger(), c.integer) << Text(c.value);
+    EXPECT_EQ(c.value.isReal(), !c.integer) << Text(c.value);
+  }
+}
+
+TEST(Numeric, SetScaleMovesThePointWithoutRounding) {
+  EXPECT_EQ(Text(KyNumeric("1.25").setScale(1)), "12.5");
+  EXPECT_EQ(Text(KyNumeric("1.25").setScale(0)), "125");
+  EXPECT_EQ(Text(KyNumeric("5").setScale(3)), ".005");
+  KyNumeric far("5");
+  far.setScale(SHRT_MAX);
+  EXPECT_EQ(far.getPrecision(), 48);
+  EXPECT_TRUE(far.isZero());
+  KyNumeric huge("5");
+  huge.setScale(SHRT_MIN);
+  EXPECT_EQ(Text(huge), "5");
+}
+
+TEST(Numeric, SignOperations) {
+  KyNumeric value("-2.5");
+  EXPECT_TRUE(value.isNegative());
+  EXPECT_EQ(Text(value.abs()), "2.5");
+  value.negate();
+  EXPECT_EQ(Text(value), "2.5");
+  value.negate();
+  EXPECT_EQ(Text(value), "-2.5");
+  KyNumeric copy;
+  copy.set(value);
+  EXPECT_EQ(Text(copy), "-2.5");
+}
+
+class NumericLocaleTest : public NumberLocaleTest {};
+
+TEST_P(NumericLocaleTest, ConversionsReadThePointAndRestoreTheLocale) {
+  const std::string before = std::setlocale(LC_NUMERIC, nullptr);
+  EXPECT_EQ(static_cast<long>(KyNumeric("12.75")), 12L);
+  EXPECT_EQ(static_cast<double>(KyNumeric("12.75")), 12.75);
+  EXPECT_EQ(static_cast<double>(KyNumeric("-0.5")), -0.5);
+  EXPECT_EQ(static_cast<long>(KyNumeric("1e61")), 0L);
+  EXPECT_EQ(static_cast<double>(KyNumeric("1e61")), 1e61);
+  EXPECT_EQ(static_cast<long>(KyNumeric("-1e3")), -100L);
+  EXPECT_EQ(static_cast<long>(KyNumeric(Repeat('1', 20).c_str())), LONG_MAX);
+  EXPECT_EQ(std::setlocale(LC_NUMERIC, nullptr), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Locales, NumericLocaleTest, testing::ValuesIn(NumberTestLocales()), LocaleTestName);
+
+}  // namespace
