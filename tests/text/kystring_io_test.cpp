@@ -1,0 +1,181 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <iomanip>
+#include <sstream>
+#include <string>
+
+#include "kybase/text/kystring.h"
+#include "text/kystring_locale.h"
+
+namespace {
+
+using KyStringStreamTest = KyStringKindTest;
+KY_INSTANTIATE_KINDS(KyStringStreamTest);
+
+std::string Quoted(const KyString& s) {
+  std::ostringstream out;
+  s.writeQuoted(out);
+  return out.str();
+}
+
+KyString ReadQuoted(const std::string& text) {
+  std::istringstream in(text);
+  KyString s("old");
+  s.readQuoted(in);
+  return s;
+}
+
+// Points LOCPATH at a directory for its lifetime.
+class ScopedLocPath {
+ public:
+  explicit ScopedLocPath(const std::string& dir) {
+    const char* old = std::getenv("LOCPATH");
+    had_ = old != nullptr;
+    if (had_) saved_ = old;
+    setenv("LOCPATH", dir.c_str(), 1);
+  }
+  ScopedLocPath(const ScopedLocPath&) = delete;
+  ScopedLocPath& operator=(const ScopedLocPath&) = delete;
+  ~ScopedLocPath() {
+    if (had_)
+      setenv("LOCPATH", saved_.c_str(), 1);
+    else
+      unsetenv("LOCPATH");
+  }
+
+ private:
+  bool had_;
+  std::string saved_;
+};
+
+TEST_P(KyStringStreamTest, QuotedRoundTrips) {
+  for (const char* text : {"a\"b\\", "", "plain", "line\nend\t", "\\\\\"\""}) {
+    const std::string quoted = Quoted(KyString(text));
+    KyString back = ReadQuoted(quoted);
+    EXPECT_STREQ(back.getValue(), text) << quoted;
+  }
+  EXPECT_EQ(Quoted(KyString("a\"b\\")), "\"a\\\"b\\\\\"");
+  EXPECT_EQ(Quoted(KyString()), "\"\"");
+}
+
+TEST_P(KyStringStreamTest, ReadQuotedRules) {
+  struct Case {
+    const char* input;
+    const char* text;
+    bool failed;
+  } cases[] = {
+      {"abc", "", true},                // no quote: everything is skipped
+      {"xy \"a\\nb\" tail", "anb", false},  // a backslash makes the next byte literal
+      {"\"open", "open", true},         // no closing quote: kept to the end
+      {"\"ends\\", "ends", true},       // a backslash at the very end is dropped
+      {"", "", true},
+  };
+  for (const Case& c : cases) {
+    std::istringstream in(c.input);
+    KyString s("old");
+    s.readQuoted(in);
+    EXPECT_STREQ(s.getValue(), c.text) << c.input;
+    EXPECT_EQ(in.fail(), c.failed) << c.input;
+  }
+  std::istringstream in("\"one\" rest");
+  KyString s;
+  s.readQuoted(in);
+  EXPECT_EQ(in.get(), ' ');  // nothing behind the closing quote was read
+}
+
+TEST_P(KyStringStreamTest, TokensAndTheirDelimiters) {
+  std::istringstream in("  ab cd");
+  KyString s("old");
+  in >> s;
+  EXPECT_STREQ(s.getValue(), "ab");
+  EXPECT_EQ(in.peek(), 'c');
+  in >> s;
+  EXPECT_STREQ(s.getValue(), "cd");
+  EXPECT_TRUE(in.fail());  // the token ran into the end of the input and is kept
+
+  std::istringstream empty("");
+  in.clear();
+  empty >> s;
+  EXPECT_TRUE(s.isEmpty());
+  EXPECT_TRUE(empty.fail());
+
+  std::istringstream zero(std::string("\r\n\tx\0y", 6));
+  zero >> s;
+  EXPECT_STREQ(s.getValue(), "x");
+  EXPECT_EQ(zero.peek(), 'y');
+}
+
+TEST_P(KyStringStreamTest, LongTokensCrossTheLocalBuffer) {
+  for (std::size_t n : {1023u, 1024u, 1025u, 5000u}) {
+    std::string token;
+    for (std::size_t i = 0; i < n; ++i) token += static_cast<char>('a' + i % 26);
+    std::istringstream in(token + " next");
+    KyString s;
+    in >> s;
+    EXPECT_EQ(s.getLength(), n);
+    EXPECT_EQ(std::string(s.getValue()), token);
+    KyString quoted = ReadQuoted("\"" + token + "\"");
+    EXPECT_EQ(std::string(quoted.getValue()), token);
+  }
+}
+
+TEST_P(KyStringStreamTest, FlagsAndWidths) {
+  std::istringstream in("12 x");
+  in >> std::hex;
+  const std::ios_base::fmtflags before = in.flags();
+  KyString s;
+  in >> s;
+  EXPECT_EQ(in.flags(), before);
+  EXPECT_TRUE(in.flags() & std::ios_base::skipws);
+
+  std::ostringstream out;
+  out << std::setw(6) << std::setfill('.') << KyString("ab") << "|";
+  KyString("ab").writeQuoted(out << std::setw(3));
+  EXPECT_EQ(out.str(), "....ab|..\"ab\"");
+}
+
+TEST(KyStringStream, ReadingIntoTheOtherKindLeavesItEmpty) {
+  ScopedLocale c("C");
+  KyString single("old");
+  ScopedLocale utf8("C.UTF-8");
+  if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";
+  std::istringstream in("token");
+  in >> single;
+  EXPECT_TRUE(single.isEmpty());
+  EXPECT_TRUE(IsSingleByteString(single));
+}
+
+TEST(KyStringStream, MultiByteTextReadsBackWhole) {
+  ScopedLocale utf8("C.UTF-8");
+  if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";
+  KyString s("\xC3\xA9t\xC3\xA9 \"x\"");
+  KyString back = ReadQuoted(Quoted(s));
+  EXPECT_TRUE(back == s);
+  EXPECT_EQ(back.getLength(), 7u);
+}
+
+// Big5 has characters whose second byte is 0x5C, the backslash. The locale is built
+// with localedef into the build tree, and LOCPATH points there while the case runs.
+TEST(KyStringStream, BackslashByteInsideAMultiByteCharacter) {
+  const std::string dir = "kystring_test_locales";
+  const std::string command =
+      "mkdir -p " + dir + " && localedef -i zh_TW -f BIG5 " + dir + "/zh_TW.BIG5 >/dev/null 2>&1";
+  const int built = std::system(command.c_str());
+  (void)built;  // localedef may report warnings and still build the locale
+  ScopedLocPath path(dir);
+  ScopedLocale big5("zh_TW.BIG5");
+  if (!big5.entered()) GTEST_SKIP() << "no Big5 locale: localedef could not build zh_TW.BIG5 into " << dir;
+  const char text[] = "a\xB3\x5C" "b";  // U+8A31 is B3 5C in Big5
+  KyString s(text);
+  ASSERT_TRUE(IsMultiByteString(s));
+  EXPECT_EQ(s.getLength(), 3u);
+  const std::string quoted = Quoted(s);
+  EXPECT_EQ(quoted, "\"a\xB3\\\x5C" "b\"");
+  KyString back = ReadQuoted(quoted);
+  EXPECT_STREQ(back.getValue(), text);
+  EXPECT_EQ(back.getLength(), 3u);
+}
+
+}  // namespace

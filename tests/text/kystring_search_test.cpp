@@ -1,0 +1,294 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "kybase/text/kystring.h"
+#include "text/kystring_locale.h"
+
+namespace {
+
+using KyStringSearchTest = KyStringKindTest;
+KY_INSTANTIATE_KINDS(KyStringSearchTest);
+
+int Sign(int v) { return (v > 0) - (v < 0); }
+
+TEST_P(KyStringSearchTest, CompareSigns) {
+  struct Case {
+    const char* a;
+    const char* b;
+    int start, end, otherStart, otherEnd;
+    int sign;
+  } cases[] = {
+      {"ab", "abc", 0, -1, 0, -1, -1},   // whole tails: the shorter sorts first
+      {"abc", "ab", 0, -1, 0, -1, 1},
+      {"abx", "abc", 0, 2, 0, 3, 1},     // sub-ranges: the shorter sorts after
+      {"abc", "abx", 0, 3, 0, 2, -1},
+      {"abc", "abc", 0, -1, 0, -1, 0},
+      {"xabc", "abc", 1, -1, 0, -1, 0},
+      {"abd", "abc", 0, 3, 0, 3, 1},
+      {"abc", "abd", 0, 2, 0, 2, 0},
+      {"b", "a", 0, -1, 0, -1, 1},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(Sign(KyString(c.a).compare(KyString(c.b), c.start, c.end, c.otherStart, c.otherEnd)), c.sign)
+        << c.a << " " << c.b;
+  }
+  EXPECT_EQ(KyString("b").compare("a"), 1);  // whole tails give exactly -1 or +1
+  EXPECT_EQ(Sign(KyString("ABX").caseCompare("abc", 0, 2, 0, 3)), 1);
+  EXPECT_EQ(KyString("HeLLo").caseCompare("hello"), 0);
+  EXPECT_TRUE(KyString("abc") < KyString("abd"));
+  EXPECT_TRUE(KyString("abc") == "abc");
+  EXPECT_TRUE(KyString("abc") != "abd");
+  EXPECT_TRUE(KyString("b") >= "a");
+}
+
+TEST_P(KyStringSearchTest, ReversedRangesWriteTheirMessages) {
+  KyString s("abcdef");
+  struct Case {
+    int start, end, otherStart, otherEnd;
+    const char* words;
+  } cases[] = {
+      {4, 2, 0, -1, "2nd parameter is greater than 3rd one.\n"},
+      {9, -1, 0, -1, "2nd parameter is greater than 3rd one.\n"},
+      {0, -1, 3, 1, "4th parameter is greater than 5th one.\n"},
+  };
+  for (const Case& c : cases) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(s.compare(s, c.start, c.end, c.otherStart, c.otherEnd), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string("KyString::compare: ") + c.words);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(s.caseCompare(s, c.start, c.end, c.otherStart, c.otherEnd), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string("KyString::caseCompare: ") + c.words);
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(s.equals(s, c.start, c.end, c.otherStart, c.otherEnd));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  }
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(s.matches("a", 3, 1));
+  EXPECT_FALSE(s.matches("abc", 0, -1, 2, 1));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "KyString::matches: string start after end.\nKyString::matches: pattern start after end.\n");
+}
+
+TEST_P(KyStringSearchTest, EmptyStringsAgreeWhateverTheRanges) {
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(KyString().compare(KyString(""), 5, 1, 7, 2), 0);
+  EXPECT_TRUE(KyString().matches(KyString(), 5, 1, 7, 2));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_TRUE(KyString("abc").equals(KyString("xyz"), 2, 1, 3, 3));
+  EXPECT_FALSE(KyString("abc").equals(KyString("xyz"), 2, 1, 0, 3));
+  EXPECT_TRUE(KyString("abc").equals(KyString("xbc"), 1, -1, 1, 3));
+  EXPECT_FALSE(KyString("abc").equals(KyString("abc"), 0, 2, 0, 3));
+}
+
+TEST_P(KyStringSearchTest, WildcardTable) {
+  struct Case {
+    const char* text;
+    const char* pattern;
+    int start, end;
+    bool match;
+  } cases[] = {
+      {"abc", "a?c", 0, -1, true},  {"ac", "a?c", 0, -1, false},  {"a", "a*", 0, -1, true},
+      {"abc", "", 0, -1, false},    {"abc", "", 1, 1, true},      {"abc", "*", 3, 3, true},
+      {"*ab", "*b", 0, -1, false},  {"xab", "*b", 0, -1, true},   {"a*b", "a*b", 0, -1, true},
+      {"abc", "*?*", 0, -1, true},  {"abc", "ab", 0, -1, false},  {"abcabd", "*ab?", 0, -1, true},
+      {"abcabd", "a*c", 0, 3, true}, {"abcabd", "*b*b*", 0, -1, true}, {"ABC", "abc", 0, -1, false},
+      {"**", "*", 0, -1, false},    {"a*", "*", 0, -1, true},    {"*a", "**", 0, -1, true},
+  };
+  for (const Case& c : cases)
+    EXPECT_EQ(KyString(c.text).matches(c.pattern, c.start, c.end), c.match) << c.text << " ~ " << c.pattern;
+}
+
+// The wildcard language as a plain recursion, for small inputs.
+bool Reference(const std::string& t, std::size_t i, const std::string& p, std::size_t j) {
+  for (;;) {
+    if (i == t.size()) return p.find_first_not_of('*', j) == std::string::npos;
+    if (j == p.size()) return false;
+    if (p[j] == '?' || p[j] == t[i]) {
+      ++i;
+      ++j;
+      continue;
+    }
+    if (p[j] != '*') return false;
+    return Reference(t, i + 1, p, j) || Reference(t, i, p, j + 1) || Reference(t, i + 1, p, j + 1);
+  }
+}
+
+TEST_P(KyStringSearchTest, WildcardsAgreeWithTheRecursiveDefinition) {
+  std::mt19937 random(20240611);
+  const char alphabet[] = "ab*?";
+  for (int round = 0; round < 4000; ++round) {
+    std::string text, pattern;
+    for (int n = static_cast<int>(random() % 8); n > 0; --n) text += alphabet[random() % (round % 2 ? 3 : 2)];
+    for (int n = static_cast<int>(random() % 7); n > 0; --n) pattern += alphabet[random() % 4];
+    if (text.empty() && pattern.empty()) continue;
+    ASSERT_EQ(KyString(text.c_str()).matches(pattern.c_str()), Reference(text, 0, pattern, 0))
+        << "\"" << text << "\" ~ \"" << pattern << "\"";
+  }
+}
+
+TEST_P(KyStringSearchTest, ManyStarsOnALongText) {
+  std::string text(10000, 'a');
+  std::string stars(30, '*');
+  EXPECT_FALSE(KyString(text.c_str()).matches((stars + "b").c_str()));
+  EXPECT_TRUE(KyString(text.c_str()).matches((stars + "a").c_str()));
+  text[5000] = '*';
+  EXPECT_FALSE(KyString(text.c_str()).matches((stars + "b").c_str()));
+  EXPECT_TRUE(KyString(text.c_str()).matches((stars + "a*a").c_str()));
+}
+
+TEST_P(KyStringSearchTest, Searches) {
+  KyString s("abcabc");
+  EXPECT_EQ(s.getIndexOf("bc"), 1);
+  EXPECT_EQ(s.getIndexOf("bc", 2), 4);
+  EXPECT_EQ(s.getIndexOf("xbcx", 0, 1, 3), 1);
+  EXPECT_EQ(s.getIndexOf("abcd"), -1);
+  EXPECT_EQ(s.getIndexOf(""), 6);
+  EXPECT_EQ(s.getIndexOf("abc", 2, 1, 1), 6);
+  EXPECT_EQ(s.getLastIndexOf("abc", 4), 0);
+  EXPECT_EQ(s.getLastIndexOf("abc"), 3);
+  EXPECT_EQ(s.getLastIndexOf("abc", 3), 3);
+  EXPECT_EQ(s.getLastIndexOf("c", 4), 2);
+  EXPECT_EQ(s.getLastIndexOf("abcabcx"), -1);
+  EXPECT_EQ(s.getLastIndexOf("", 2), 2);
+  EXPECT_EQ(s.getLastIndexOf("", -1), 6);
+  EXPECT_TRUE(s.startsWith("ab"));
+  EXPECT_FALSE(s.startsWith("bc"));
+  EXPECT_FALSE(s.startsWith(""));
+  EXPECT_TRUE(KyString().startsWith(""));
+  EXPECT_TRUE(s.endsWith("bc"));
+  EXPECT_TRUE(s.endsWith("xbcx", 1, 3));
+  EXPECT_FALSE(s.endsWith("ab"));
+}
+
+TEST_P(KyStringSearchTest, Splicing) {
+  KyString s("hello");
+  KyString shared(s);
+  s.replace("J", 0, 1);
+  EXPECT_STREQ(s.getValue(), "Jello");
+  EXPECT_STREQ(shared.getValue(), "hello");
+  s.replace("ELL", 1, 4, 0, -1);
+  EXPECT_STREQ(s.getValue(), "JELLo");
+  s.catenate("world", 1, 3);
+  EXPECT_STREQ(s.getValue(), "JELLoor");
+  s.prepend(">");
+  s.insert("_", 3);
+  EXPECT_STREQ(s.getValue(), ">JE_LLoor");
+  s.insert("z", 99);
+  EXPECT_STREQ(s.getValue(), ">JE_LLoor");
+  s.remove(2);
+  EXPECT_STREQ(s.getValue(), ">J");
+  s += s;
+  EXPECT_STREQ(s.getValue(), ">J>J");
+  s.remove(">");
+  EXPECT_STREQ(s.getValue(), "JJ");
+  KyString twin(s);
+  s.replace("x", 2, 1);  // a reversed range edits nothing but has unshared
+  EXPECT_STREQ(s.getValue(), "JJ");
+  EXPECT_NE(s.getInternalString(), twin.getInternalString());
+}
+
+TEST_P(KyStringSearchTest, SubstituteOverlaps) {
+  struct Case {
+    const char* text;
+    const char* oldText;
+    const char* newText;
+    int start, end;
+    const char* result;
+  } cases[] = {
+      {"aaaa", "aa", "ba", 0, -1, "bbba"},      // in place: each search sees the rewritten text
+      {"aaa", "aa", "b", 0, -1, "b"},           // rebuilt: overlaps cut the output back
+      {"abcabc", "bc", "X", 0, 5, "aXabc"},     // an occurrence crossing end stays
+      {"abcabc", "bc", "XYZ", 2, -1, "abcaXYZ"},
+      {"the cat the", "the", "a", 0, -1, "a cat a"},
+      {"abab", "", "x", 0, -1, "abab"},
+      {"abab", "ab", "x", 2, 2, "abab"},
+      {"abab", "ab", "", 0, -1, ""},
+      {"aaa", "aa", "", 0, -1, ""},             // the cut reaches before the output: nothing is left
+      {"xaaay", "aa", "bbb", 0, -1, "xbbbbby"},
+  };
+  for (const Case& c : cases) {
+    KyString s(c.text);
+    s.substitute(c.oldText, c.newText, c.start, c.end);
+    EXPECT_STREQ(s.getValue(), c.result) << c.text << " " << c.oldText << " -> " << c.newText;
+  }
+  KyString self("abc");
+  self.substitute("b", self);
+  EXPECT_STREQ(self.getValue(), "aabcc");
+  KyString untouched("abc");
+  KyString twin(untouched);
+  untouched.substitute("x", "y");
+  EXPECT_EQ(untouched.getInternalString(), twin.getInternalString());
+}
+
+TEST_P(KyStringSearchTest, CaseConversion) {
+  KyString s("Hello World");
+  KyString twin(s);
+  EXPECT_STREQ(s.toUpper().getValue(), "HELLO WORLD");
+  EXPECT_STREQ(twin.getValue(), "Hello World");
+  EXPECT_STREQ(s.toLower().getValue(), "hello world");
+}
+
+TEST(KyStringSearch, WideCaseConversionRegeneratesTheNarrowForm) {
+  ScopedLocale utf8("C.UTF-8");
+  if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";
+  KyString s("\xC3\x84" "b\xC3\x87");  // "ÄbÇ"
+  s.toLower();
+  EXPECT_STREQ(s.getValue(), "\xC3\xA4" "b\xC3\xA7");
+  EXPECT_EQ(s.getLength(), 3u);
+  EXPECT_EQ(s.getIndexOf("b"), 1);
+  s.substitute("b", "\xE2\x82\xAC\xE2\x82\xAC");
+  EXPECT_STREQ(s.getValue(), "\xC3\xA4\xE2\x82\xAC\xE2\x82\xAC\xC3\xA7");
+  EXPECT_EQ(s.getLength(), 4u);
+  EXPECT_EQ(KyString("\xC3\xA4\xC3\xA7").caseCompare("\xC3\x84\xC3\x87"), 0);
+}
+
+TEST(KyStringSearch, MixedKinds) {
+  ScopedLocale c("C");
+  KyString single("abcab");
+  ScopedLocale utf8("C.UTF-8");
+  if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";
+  KyString multi("abcab");
+
+  // A single-byte string never takes a multi-byte argument.
+  EXPECT_EQ(single.compare(multi), -1);
+  EXPECT_FALSE(single.equals(multi));
+  EXPECT_FALSE(single.matches(multi));
+  EXPECT_EQ(single.getIndexOf(multi), -1);
+  KyString target(single);
+  target.catenate(multi);
+  target.substitute(KyString("a"), multi);
+  EXPECT_STREQ(target.getValue(), "abcab");
+
+  // A multi-byte string takes a single-byte one while the process is multi-byte, but
+  // through a temporary that drops the start and pattern range of a search.
+  EXPECT_EQ(multi.compare(single), 0);
+  EXPECT_TRUE(multi.equals(single));
+  EXPECT_TRUE(multi.matches(single));
+  KyString ab = [] {
+    ScopedLocale back("C");
+    return KyString("ab");
+  }();
+  EXPECT_EQ(multi.getIndexOf(ab, 2), 0);
+  EXPECT_EQ(multi.getLastIndexOf(ab, 2), 3);  // only a match that ends the text counts
+  KyString abc = [] {
+    ScopedLocale back("C");
+    return KyString("abc");
+  }();
+  EXPECT_EQ(multi.getLastIndexOf(abc), -1);
+  EXPECT_EQ(multi.getLastIndexOf(KyString("abc")), 0);
+  KyString edited(multi);
+  edited.catenate(single);
+  EXPECT_STREQ(edited.getValue(), "abcababcab");
+
+  {
+    ScopedLocale back("C");
+    EXPECT_EQ(multi.compare(single), -1);
+    KyString refused(multi);
+    refused.catenate(single);
+    EXPECT_STREQ(refused.getValue(), "abcab");
+  }
+}
+
+}  // namespace
