@@ -76,10 +76,6 @@ KyString& KyString::sharedEmptyString() {
   return emptyMB;
 }
 
-void KyString::Release(KyInternalString* internal) {
-  if (--internal->refCount == 0) delete internal;
-}
-
 KyString::KyString(KyInternalString* internal) : internalString(internal) { ++internal->refCount; }
 
 KyString::KyString(const char* text, int count) : internalString(nullptr) {
@@ -139,10 +135,6 @@ KyString::KyString(double number, const char* format) : internalString(nullptr) 
   internalString = MakeBody(multiByte, FormatNumber(format, DefaultDoubleFormat, number).get(), -1);
 }
 
-KyString::KyString(const KyString& other) : internalString(other.internalString) { ++internalString->refCount; }
-
-KyString::~KyString() { Release(internalString); }
-
 KyString& KyString::operator=(const KyString& other) {
   ++other.internalString->refCount;
   Release(internalString);
@@ -150,27 +142,13 @@ KyString& KyString::operator=(const KyString& other) {
   return *this;
 }
 
-const char* KyString::getValue() const { return internalString->value; }
-
-KyString::operator const char*() const { return internalString->value; }
-
 char* KyString::copyValue() const {
   char* copy = new char[internalString->size];
   std::memcpy(copy, internalString->value, internalString->size);
   return copy;
 }
 
-unsigned int KyString::getLength() const { return static_cast<unsigned int>(internalString->length); }
-
-unsigned int KyString::getSize() const { return internalString->size; }
-
-bool KyString::isEmpty() const { return internalString->value == nullptr || internalString->value[0] == '\0'; }
-
-bool KyString::operator!() const { return isEmpty(); }
-
 bool KyString::isBlank() const { return isEmpty() || internalString->isBlank(); }
-
-KyInternalString* KyString::getInternalString() const { return internalString; }
 
 KyString KyString::getSubString(int start, int end) const {
   const int length = internalString->length;

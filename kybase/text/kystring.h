@@ -20,8 +20,7 @@
 #include <iosfwd>
 
 #include "kybase/core/export.h"
-
-class KyInternalString;
+#include "kybase/text/internal_string.h"
 
 class KY_EXPORT KyString {
  public:
@@ -49,20 +48,20 @@ class KY_EXPORT KyString {
   KyString(unsigned long number, const char* format = DefaultUnsignedLongFormat);
   KyString(float number, const char* format = DefaultFloatFormat);
   KyString(double number, const char* format = DefaultDoubleFormat);
-  KyString(const KyString& other);
-  ~KyString();
+  KyString(const KyString& other) : internalString(other.internalString) { ++internalString->refCount; }
+  ~KyString() { Release(internalString); }
   KyString& operator=(const KyString& other);
 
-  const char* getValue() const;
-  operator const char*() const;
+  const char* getValue() const { return internalString->value; }
+  operator const char*() const { return internalString->value; }
   // A new array of getSize() bytes; the caller releases it with delete[].
   char* copyValue() const;
-  unsigned int getLength() const;
-  unsigned int getSize() const;
-  bool isEmpty() const;
-  bool operator!() const;
+  unsigned int getLength() const { return static_cast<unsigned int>(internalString->length); }
+  unsigned int getSize() const { return internalString->size; }
+  bool isEmpty() const { return internalString->value == nullptr || internalString->value[0] == '\0'; }
+  bool operator!() const { return isEmpty(); }
   bool isBlank() const;
-  KyInternalString* getInternalString() const;
+  KyInternalString* getInternalString() const { return internalString; }
   // Characters [start, end); a whole-string range shares the body.
   KyString getSubString(int start, int end) const;
 
@@ -118,7 +117,9 @@ class KY_EXPORT KyString {
   // A handle on a new body made from text, without the shared-empty step.
   static KyInternalString* MakeBody(bool multiByte, const char* text, int count);
   static KyString& sharedEmptyString();
-  static void Release(KyInternalString* internal);
+  static void Release(KyInternalString* internal) {
+    if (--internal->refCount == 0) delete internal;
+  }
   // 0 when other has this string's kind, 1 when it may be taken through a temporary
   // KyMBString, -1 when the call must give up.
   int mixing(const KyString& other) const;

@@ -11,75 +11,83 @@ namespace {
 const std::size_t kConversionError = static_cast<std::size_t>(-1);
 const std::size_t kLimit = static_cast<std::size_t>(KyInternalString::kMaxLength);
 
-// Measures the longest prefix of text that the current encoding reads as whole
-// characters: returns its units, and sets *bytes to its narrow bytes and *whole to
-// whether it is the whole text. Reading stops at an invalid or incomplete sequence.
-std::size_t MeasureWide(const char* text, std::size_t* bytes, bool* whole) {
+// The wide form of the longest prefix of text that the current encoding reads as whole
+// characters, in a new block of at least *units + 1 units. Reading stops at an invalid
+// or incomplete sequence; *bytes gets the narrow bytes that were read.
+wchar_t* WideOf(const char* text, std::size_t* units, std::size_t* bytes) {
   std::size_t total = std::strlen(text);
-  std::mbstate_t state{};
-  if (total <= kLimit) {
-    const char* source = text;
-    const std::size_t units = std::mbsrtowcs(nullptr, &source, 0, &state);
-    if (units != kConversionError) {
-      *bytes = total;
-      *whole = true;
-      return units;
-    }
-    state = std::mbstate_t{};
-  } else {
-    total = kLimit;
-  }
-  std::size_t used = 0;
-  std::size_t units = 0;
-  while (used < total) {
-    const std::size_t step = std::mbrtowc(nullptr, text + used, total - used, &state);
-    if (step == kConversionError || step == static_cast<std::size_t>(-2) || step == 0) break;
-    used += step;
-    ++units;
-  }
-  *bytes = used;
-  *whole = false;
-  return units;
-}
-
-// Converts what MeasureWide measured into wide, which holds units plus a terminator.
-void ConvertWide(const char* text, std::size_t bytes, std::size_t units, bool whole, wchar_t* wide) {
+  if (total > kLimit) total = kLimit;
+  // A character takes at least one byte, so the bytes bound the units.
+  wchar_t* wide = new wchar_t[total + 1];
   std::mbstate_t state{};
   const char* source = text;
-  if (whole)
-    std::mbsrtowcs(wide, &source, units + 1, &state);
-  else
-    mbsnrtowcs(wide, &source, bytes, units, &state);
-  wide[units] = L'\0';
+  if (text[total] == '\0') {
+    const std::size_t converted = std::mbsrtowcs(wide, &source, total + 1, &state);
+    if (converted != kConversionError) {
+      *units = converted;
+      *bytes = total;
+      // Text of wide characters would leave most of the block unused.
+      if (converted < total / 2) {
+        wchar_t* exact = new wchar_t[converted + 1];
+        std::wmemcpy(exact, wide, converted + 1);
+        delete[] wide;
+        wide = exact;
+      }
+      return wide;
+    }
+    state = std::mbstate_t{};
+  }
+  std::size_t used = 0;
+  std::size_t count = 0;
+  while (used < total) {
+    const std::size_t step = std::mbrtowc(wide + count, text + used, total - used, &state);
+    if (step == kConversionError || step == static_cast<std::size_t>(-2) || step == 0) break;
+    used += step;
+    ++count;
+  }
+  wide[count] = L'\0';
+  *units = count;
+  *bytes = used;
+  return wide;
 }
 
-// The narrow form of wide in a new block. It stops before the first unit that the
-// current encoding cannot write. *bytes gets its length without the terminator.
+// The narrow form of wide in a new block, stopping before the first unit that the
+// current encoding cannot write. *bytes gets its length without the terminator. One
+// pass into a block that grows when the text needs more than a quarter extra.
 char* NarrowOf(const wchar_t* wide, std::size_t* bytes) {
+  const std::size_t units = std::wcslen(wide);
+  std::size_t capacity = units + units / 4 + 16;
+  char* narrow = new char[capacity];
+  std::size_t used = 0;
   std::mbstate_t state{};
   const wchar_t* source = wide;
-  std::size_t total = std::wcsrtombs(nullptr, &source, 0, &state);
-  if (total != kConversionError && total <= kLimit) {
-    char* narrow = new char[total + 1];
-    state = std::mbstate_t{};
-    source = wide;
-    std::wcsrtombs(narrow, &source, total + 1, &state);
-    narrow[total] = '\0';
-    *bytes = total;
-    return narrow;
+  while (source != nullptr) {
+    const std::size_t step = std::wcsrtombs(narrow + used, &source, capacity - used, &state);
+    if (step == kConversionError || used + step > kLimit) break;
+    used += step;
+    if (source == nullptr) {
+      *bytes = used;
+      return narrow;
+    }
+    capacity *= 2;
+    char* grown = new char[capacity];
+    std::memcpy(grown, narrow, used);
+    delete[] narrow;
+    narrow = grown;
   }
+  delete[] narrow;
   char scratch[MB_LEN_MAX];
   state = std::mbstate_t{};
-  total = 0;
+  std::size_t total = 0;
   const wchar_t* stop = wide;
   for (; *stop != L'\0'; ++stop) {
     const std::size_t step = std::wcrtomb(scratch, *stop, &state);
     if (step == kConversionError || total + step > kLimit) break;
     total += step;
   }
-  char* narrow = new char[total + 1];
+  narrow = new char[total + 1];
   state = std::mbstate_t{};
-  std::size_t used = 0;
+  used = 0;
   for (const wchar_t* unit = wide; unit != stop; ++unit) used += std::wcrtomb(narrow + used, *unit, &state);
   narrow[used] = '\0';
   *bytes = used;
@@ -101,11 +109,9 @@ KyMBString::~KyMBString() { delete[] wideValue; }
 void KyMBString::setValue(const char* text, bool copy, int /*count*/) {
   if (copy && text != nullptr && text == value) return;
   const char* source = text == nullptr ? "" : text;
+  std::size_t units = 0;
   std::size_t bytes = 0;
-  bool whole = false;
-  const std::size_t units = MeasureWide(source, &bytes, &whole);
-  wchar_t* wide = new wchar_t[units + 1];
-  ConvertWide(source, bytes, units, whole, wide);
+  wchar_t* wide = WideOf(source, &units, &bytes);
   char* narrow;
   if (copy || text == nullptr) {
     narrow = new char[bytes + 1];

@@ -6,6 +6,8 @@
 #include <sstream>
 #include <string>
 
+#include <unistd.h>
+
 #include "kybase/text/kystring.h"
 #include "text/kystring_locale.h"
 
@@ -159,7 +161,12 @@ TEST(KyStringStream, MultiByteTextReadsBackWhole) {
 // Big5 has characters whose second byte is 0x5C, the backslash. The locale is built
 // with localedef into the build tree, and LOCPATH points there while the case runs.
 TEST(KyStringStream, BackslashByteInsideAMultiByteCharacter) {
-  const std::string dir = "kystring_test_locales";
+  char self[4096];
+  const ssize_t got = readlink("/proc/self/exe", self, sizeof self - 1);
+  ASSERT_GT(got, 0);
+  self[got] = '\0';
+  std::string dir = self;
+  dir = dir.substr(0, dir.rfind('/') + 1) + "kystring_test_locales";
   const std::string command =
       "mkdir -p " + dir + " && localedef -i zh_TW -f BIG5 " + dir + "/zh_TW.BIG5 >/dev/null 2>&1";
   const int built = std::system(command.c_str());
