@@ -2,6 +2,7 @@
 // does with real input. Run as: tour <data directory>.
 #include <kybase/kybase.h>
 
+#include <clocale>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -144,6 +145,51 @@ void TourContainers(const std::vector<std::string>& words) {
   context.addExitCallback([] { std::cout << "(exit callback: the global context is shutting down)\n"; });
 }
 
+void TourStrings(const std::string& text) {
+  Heading("Strings");
+  KyString story(text.c_str());
+  KyString copy(story);
+  std::cout << "The sample as one KyString: " << story.getLength() << " characters. A copy shares its body ("
+            << story.getInternalString()->getRefCount() << " handles on one text), so copying costs no bytes.\n";
+
+  int count = 0;
+  for (int at = story.getIndexOf(" light"); at != -1; at = story.getIndexOf(" light", at + 1)) ++count;
+  const int lastSea = story.getLastIndexOf("sea");
+  std::cout << "\" light\" occurs " << count << " times; the last \"sea\" starts at character " << lastSea
+            << ": \"" << story.getSubString(lastSea - 10, lastSea + 13) << "\".\n";
+
+  std::cout << "Lines that match the wildcard pattern \"*the l?ns*\":\n";
+  for (int start = 0; start < static_cast<int>(story.getLength());) {
+    int end = story.getIndexOf("\n", start);
+    if (end == -1) end = static_cast<int>(story.getLength());
+    if (story.matches("*the l?ns*", start, end)) std::cout << "  " << story.getSubString(start, end) << "\n";
+    start = end + 1;
+  }
+
+  copy.substitute("Maren", "the keeper").substitute("\n", " ");
+  const int title = story.getIndexOf("\n");
+  std::cout << "Substituting \"Maren\" on the copy leaves the original alone: " << copy.getLength() << " against "
+            << story.getLength() << " characters; the title in capitals: "
+            << KyString(story.getSubString(0, title)).toUpper() << ".\n";
+
+  KyString quote("She said \"one and two\" \\ and flash.");
+  std::ostringstream quoted;
+  quote.writeQuoted(quoted);
+  std::istringstream back(quoted.str() + " tail");
+  KyString read;
+  read.readQuoted(back);
+  std::cout << "Quoted form: " << quoted.str() << "; read back equal: " << (read == quote ? "yes" : "no") << ".\n";
+
+  if (std::setlocale(LC_CTYPE, "C.UTF-8") != nullptr) {
+    KyString wide("caf\xC3\xA9 na\xC3\xAFve", 4);
+    std::cout << "Under C.UTF-8 a string keeps wide characters: \"" << wide << "\" has " << wide.getLength()
+              << " characters in " << wide.getSize() - 1 << " bytes, and the count 4 does not cut it, while\n"
+              << "under C the same call keeps 4 bytes. Searching counts characters: \"na\" is at "
+              << wide.getIndexOf("na") << ".\n";
+    std::setlocale(LC_CTYPE, "C");
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -159,5 +205,6 @@ int main(int argc, char** argv) {
   TourMemory(words);
   TourHashTable(words);
   TourContainers(words);
+  TourStrings(text);
   return 0;
 }

@@ -13,5 +13,9 @@
 #include "kybase/containers/typed_lists.h"
 #include "kybase/text/number_text.h"
 #include "kybase/text/numeric.h"
+#include "kybase/text/internal_string.h"
+#include "kybase/text/kystring.h"
+#include "kybase/text/mb_string.h"
+#include "kybase/text/sb_string.h"
 
 #endif  // KYBASE_KYBASE_H
