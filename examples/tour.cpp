@@ -4,6 +4,7 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -145,6 +146,65 @@ void TourContainers(const std::vector<std::string>& words) {
   context.addExitCallback([] { std::cout << "(exit callback: the global context is shutting down)\n"; });
 }
 
+void TourNumbers(const std::string& data) {
+  Heading("Number text and decimal values");
+  std::ifstream in(data + "/ledger.txt");
+  std::string line;
+  KyNumeric exact;
+  double binary = 0;
+  int lines = 0;
+  std::set<std::string> shown;
+  std::cout << "Amounts of " << data << "/ledger.txt (each distinct one shown once), read whatever LC_NUMERIC says:\n";
+  while (std::getline(in, line)) {
+    char* end = nullptr;
+    double value = 0;
+    if (!KyStringToDouble(line.c_str(), end, value) || end == line.c_str()) continue;
+    const std::string amount(line.c_str(), static_cast<std::size_t>(end - line.c_str()));
+    KyNumeric decimal;
+    if (!decimal.set(amount.c_str())) continue;
+    exact = exact + decimal;
+    binary += value;
+    char asDouble[32];
+    KyDoubleToString(asDouble, value, nullptr);
+    char asDecimal[32];
+    decimal.get(asDecimal, sizeof asDecimal);
+    ++lines;
+    if (shown.insert(amount).second)
+      std::cout << "  \"" << amount << "\" reads as the double " << asDouble << " and the decimal " << asDecimal
+                << "\n";
+  }
+  char total[64];
+  exact.get(total, sizeof total);
+  char approximate[32];
+  KyDoubleToString(approximate, binary, "%.17g");
+  std::cout << lines << " amounts. Summed as 48-digit decimals (KyNumeric) they make " << total
+            << "; summed as doubles, written with 17 digits, " << approximate << ".\n";
+
+  const char* commaLocales[] = {"de_DE.UTF-8", "fr_FR.UTF-8", "de_DE.utf8"};
+  const char* comma = nullptr;
+  for (const char* name : commaLocales)
+    if (std::setlocale(LC_NUMERIC, name) != nullptr) {
+      comma = name;
+      break;
+    }
+  if (comma == nullptr) {
+    std::cout << "No decimal-comma locale is installed here (the tests build one with localedef); under one,\n"
+              << "printf would write 2,5 while KyDoubleToString still writes 2.5.\n";
+    return;
+  }
+  char printed[32];
+  std::snprintf(printed, sizeof printed, "%g", 2.5);
+  char written[32];
+  KyDoubleToString(written, 2.5, nullptr);
+  char* end = nullptr;
+  double read = 0;
+  KyStringToDouble("2.5", end, read);
+  const double runtime = std::strtod("2.5", nullptr);
+  std::setlocale(LC_NUMERIC, "C");
+  std::cout << "Under " << comma << " printf writes " << printed << " but KyDoubleToString writes " << written
+            << "; strtod reads \"2.5\" as " << runtime << ", KyStringToDouble as " << read << ".\n";
+}
+
 void TourStrings(const std::string& text) {
   Heading("Strings");
   KyString story(text.c_str());
@@ -205,6 +265,7 @@ int main(int argc, char** argv) {
   TourMemory(words);
   TourHashTable(words);
   TourContainers(words);
+  TourNumbers(data);
   TourStrings(text);
   return 0;
 }
