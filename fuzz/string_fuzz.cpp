@@ -13,6 +13,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kybase/text/kystring.h"
@@ -56,8 +57,8 @@ void CheckBody(const KyString& s) {
 // The wildcard language by its recursive definition, with a memo.
 class ReferenceMatch {
  public:
-  ReferenceMatch(const std::vector<long>& text, const std::vector<long>& pattern)
-      : t_(text), p_(pattern), memo_((text.size() + 1) * (pattern.size() + 1), -1) {}
+  ReferenceMatch(std::vector<long> text, std::vector<long> pattern)
+      : t_(std::move(text)), p_(std::move(pattern)), memo_((t_.size() + 1) * (p_.size() + 1), -1) {}
 
   bool at(std::size_t i, std::size_t j) {
     signed char& known = memo_[i * (p_.size() + 1) + j];
@@ -78,8 +79,8 @@ class ReferenceMatch {
     return at(i + 1, j) || at(i, j + 1) || at(i + 1, j + 1);
   }
 
-  const std::vector<long>& t_;
-  const std::vector<long>& p_;
+  const std::vector<long> t_;
+  const std::vector<long> p_;
   std::vector<signed char> memo_;
 };
 
