@@ -1,0 +1,991 @@
+#include <strings.h>
+
+#include <cstring>
+#include <istream>
+#include <typeinfo>
+
+#include "kybase/core/memory_pool.h"
+#include "kybase/xml/xml_char_classes_internal.h"
+#include "kybase/xml/xml_document.h"
+#include "kybase/xml/xml_error.h"
+#include "kybase/xml/xml_node.h"
+#include "kybase/xml/xml_parser_internal.h"
+
+namespace {
+
+// The stream is read in steps of this many bytes.
+constexpr unsigned long kReadStep = 2048;
+// The least document that is accepted: "<a/>" and some blanks.
+constexpr unsigned long kLeastDocument = 8;
+// resolveCharRef's answer for a reference it does not know.
+constexpr int kUnknownReference = 0xFFFF;
+
+// Trailing byte count and offset of a UTF-8 lead byte, by table.
+const std::uint8_t kTrailing[256] = {
+    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+    1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1,
+    2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 3, 3, 3, 3, 3, 3, 3, 3, 4, 4, 4, 4, 5, 5, 5, 5,
+};
+const std::uint32_t kOffsets[6] = {0x00000000u, 0x00003080u, 0x000E2080u, 0x03C82080u, 0xFA082080u, 0x82082080u};
+
+bool IsQuote(KyXmlUnit unit) { return unit == '\'' || unit == '"'; }
+
+char Lower(unsigned unit) { return static_cast<char>(unit >= 'A' && unit <= 'Z' ? unit + ('a' - 'A') : unit); }
+
+// Appends the UTF-8 form of the units [at, end) to `out`, which has room for it;
+// returns the new end of `out`. A high surrogate followed by a low one inside the
+// range is one scalar; a lone surrogate is encoded by itself.
+char* EncodeUtf8(const KyXmlUnit* at, const KyXmlUnit* end, char* out) {
+  while (at < end) {
+    std::uint32_t scalar = *at++;
+    if (scalar < 0x80) {
+      *out++ = static_cast<char>(scalar);
+      continue;
+    }
+    if (scalar >= 0xD800 && scalar <= 0xDBFF && at < end && *at >= 0xDC00 && *at <= 0xDFFF)
+      scalar = ((scalar - 0xD800) << 10) + (*at++ - 0xDC00) + 0x10000;
+    if (scalar < 0x800) {
+      *out++ = static_cast<char>(0xC0 | (scalar >> 6));
+    } else if (scalar < 0x10000) {
+      *out++ = static_cast<char>(0xE0 | (scalar >> 12));
+      *out++ = static_cast<char>(0x80 | ((scalar >> 6) & 0x3F));
+    } else {
+      *out++ = static_cast<char>(0xF0 | (scalar >> 18));
+      *out++ = static_cast<char>(0x80 | ((scalar >> 12) & 0x3F));
+      *out++ = static_cast<char>(0x80 | ((scalar >> 6) & 0x3F));
+    }
+    *out++ = static_cast<char>(0x80 | (scalar & 0x3F));
+  }
+  return out;
+}
+
+}  // namespace
+
+// Conversions.
+
+char* KyXmlMark::toUtf8(const KyXmlUnit* end, unsigned long skip, std::size_t* size) const {
+  if (end < start) return nullptr;
+  auto count = static_cast<unsigned long>(end - start);
+  if (skip > count) return nullptr;
+  end -= skip;
+  // Three bytes per unit cover every form: a pair of units makes four.
+  std::size_t bytes = 0;
+  const KyXmlUnit* at = start;
+  while (at < end && *at < 0x80) ++at;
+  bytes = static_cast<std::size_t>(at - start);
+  for (; at < end; ++at) bytes += *at < 0x80 ? 1 : *at < 0x800 ? 2 : 3;
+  char* text = new char[bytes + 1];
+  char* last = EncodeUtf8(start, end, text);
+  *last = '\0';
+  if (size != nullptr) *size = static_cast<std::size_t>(last - text);
+  return text;
+}
+
+std::size_t KyXmlParser::toUtf16(const unsigned char* bytes, std::size_t count, KyXmlUnit* units) {
+  const unsigned char* at = bytes;
+  const unsigned char* stop = bytes + count;
+  KyXmlUnit* out = units;
+  while (at < stop) {
+    unsigned lead = *at;
+    if (lead < 0x80) {
+      *out++ = static_cast<KyXmlUnit>(lead);
+      ++at;
+      continue;
+    }
+    unsigned trailing = kTrailing[lead];
+    if (static_cast<std::size_t>(stop - at) <= trailing) {
+      *out++ = 0xFFFD;
+      break;
+    }
+    std::uint32_t scalar = 0;
+    switch (trailing) {
+      case 5:
+        scalar += *at++;
+        scalar <<= 6;
+        [[fallthrough]];
+      case 4:
+        scalar += *at++;
+        scalar <<= 6;
+        [[fallthrough]];
+      case 3:
+        scalar += *at++;
+        scalar <<= 6;
+        [[fallthrough]];
+      case 2:
+        scalar += *at++;
+        scalar <<= 6;
+        [[fallthrough]];
+      case 1:
+        scalar += *at++;
+        scalar <<= 6;
+        [[fallthrough]];
+      default:
+        scalar += *at++;
+    }
+    scalar -= kOffsets[trailing];
+    *out++ = static_cast<KyXmlUnit>(scalar < 0x10000 ? scalar : 0xFFFD);
+  }
+  return static_cast<std::size_t>(out - units);
+}
+
+// The parse, from the constructor.
+
+KyXmlParser::KyXmlParser(std::istream& stream, KyXmlDocumentI* document)
+    : document(document), classes(KyXmlCharClasses()) {
+  if (!readFile(stream)) {
+    KyXmlError::Set(KyXmlError::kError, KyXmlError::kInvalidDocument, 1);
+    document->empty();
+    return;
+  }
+  parseProlog();
+  if (KyXmlError::IsSet()) {
+    document->empty();
+    return;
+  }
+  if (!parseElement()) {
+    if (KyXmlError::IsSet())
+      document->empty();
+    else
+      fail(KyXmlError::kEmptyDocument);
+    return;
+  }
+  for (;;) {
+    if (KyXmlError::IsSet()) {
+      document->empty();
+      return;
+    }
+    if (!parseComment() && !parsePI() && !skipSpace()) break;
+  }
+  if (truncated) {
+    document->empty();
+    return;
+  }
+  if (nextChar() != 0) {
+    KyXmlError::Set(KyXmlError::kWarning, KyXmlError::kEndOfDocumentExpected, lineOf(cursor));
+    document->empty();
+  }
+}
+
+KyXmlParser::~KyXmlParser() {
+  releaseBlock();
+  for (KyXmlElementI* orphan : orphans) delete orphan;
+}
+
+void KyXmlDocumentI::read(std::istream& stream) {
+  empty();
+  KyXmlParser parser(stream, this);
+}
+
+// Reading and decoding.
+
+bool KyXmlParser::readFile(std::istream& stream) {
+  char* data = KyCharPool::AllocBlock(block, kReadStep);
+  if (data == nullptr) return false;
+  unsigned long total = 0;
+  for (;;) {
+    stream.read(data + total, static_cast<std::streamsize>(kReadStep));
+    auto got = static_cast<unsigned long>(stream.gcount());
+    total += got;
+    if (got != kReadStep) break;
+    data = KyCharPool::ReAllocBlock(block, total + kReadStep);
+    if (data == nullptr) {
+      releaseBlock();
+      return false;
+    }
+  }
+  auto* bytes = reinterpret_cast<unsigned char*>(data);
+  // A failed read gives its block back to the pool: nothing of it is kept.
+  if (total < kLeastDocument) {
+    releaseBlock();
+    return false;
+  }
+  auto* units = reinterpret_cast<KyXmlUnit*>(data);
+  unsigned first = bytes[0] | bytes[1] << 8;
+  // The offset-1 tests look one byte on, not one unit: they never hold, so UTF-16
+  // without a mark is not recognised. Kept so, as callers see it.
+  unsigned atByteOne = bytes[1] | bytes[2] << 8;
+  if (first == 0xFEFF || (first == 0x003C && atByteOne == 0x003F) || first == 0xFFFE ||
+      (first == 0x3C00 && atByteOne == 0x3F00)) {
+    length = static_cast<std::uint32_t>(total / 2);
+    if (first == 0xFFFE || first == 0x3C00)
+      for (std::uint32_t i = first == 0xFFFE ? 1 : 0; i < length; ++i)
+        units[i] = static_cast<KyXmlUnit>(units[i] << 8 | units[i] >> 8);
+    buffer = units;
+    cursor = first == 0xFEFF || first == 0xFFFE ? buffer + 1 : buffer;
+  } else {
+    unsigned long skip;
+    if (bytes[0] == '<')
+      skip = 0;
+    else if (bytes[0] == 0xEF && bytes[1] == 0xBB && bytes[2] == 0xBF)
+      skip = 3;
+    else {
+      releaseBlock();
+      return false;
+    }
+    KyMemoryPoolBlock* converted = nullptr;
+    char* target = KyCharPool::AllocBlock(converted, 2 * (total - skip) + 2);
+    if (target == nullptr) {
+      releaseBlock();
+      return false;
+    }
+    auto* decoded = reinterpret_cast<KyXmlUnit*>(target);
+    length = static_cast<std::uint32_t>(toUtf16(bytes + skip, total - skip, decoded));
+    releaseBlock();
+    block = converted;
+    buffer = decoded;
+    cursor = buffer;
+  }
+  end = buffer + length;
+  linePlace = buffer;
+  return true;
+}
+
+void KyXmlParser::releaseBlock() {
+  if (block != nullptr) KyCharPool::ReleaseBlock(block);
+  block = nullptr;
+}
+
+// Cursor primitives.
+
+bool KyXmlParser::skipSpace() {
+  bool consumed = false;
+  for (;;) {
+    KyXmlUnit unit = nextChar();
+    if (classes[unit] & kKyXmlSpace) {
+      consumed = true;
+      continue;
+    }
+    if (unit != 0) stepBack();
+    return consumed;
+  }
+}
+
+bool KyXmlParser::matchLiteral(const char* text) {
+  const KyXmlUnit* start = cursor;
+  for (; *text != '\0'; ++text) {
+    KyXmlUnit unit = nextChar();
+    if (unit == 0 || unit != static_cast<unsigned char>(*text)) {
+      cursor = start;
+      return false;
+    }
+  }
+  return true;
+}
+
+bool KyXmlParser::matchNoCase(const char* text) {
+  const KyXmlUnit* start = cursor;
+  for (; *text != '\0'; ++text) {
+    KyXmlUnit unit = nextChar();
+    if (unit == 0 || unit > 0x7F || Lower(unit) != Lower(static_cast<unsigned char>(*text))) {
+      cursor = start;
+      return false;
+    }
+  }
+  return true;
+}
+
+bool KyXmlParser::expectChar(KyXmlUnit unit) {
+  if (nextChar() == unit) return true;
+  stepBack();
+  return false;
+}
+
+int KyXmlParser::lineOf(const KyXmlUnit* to) {
+  if (to >= linePlace) {
+    for (const KyXmlUnit* at = linePlace; at < to; ++at) lineNumber += *at == '\n';
+  } else {
+    for (const KyXmlUnit* at = to; at < linePlace; ++at) lineNumber -= *at == '\n';
+  }
+  linePlace = to;
+  return lineNumber;
+}
+
+void KyXmlParser::fail(int code) { KyXmlError::Set(KyXmlError::kError, code, lineOf(cursor)); }
+
+void KyXmlParser::attach(KyXmlNodeI* node) {
+  if (element != nullptr)
+    element->addChild(node);
+  else
+    document->addNode(node);
+}
+
+// Prolog.
+
+void KyXmlParser::parseProlog() {
+  parseXmlDecl();
+  if (parseMisc()) return;
+  if (!parseDoctype()) return;
+  parseMisc();
+}
+
+// Comments, instructions and blanks; true when one of them left an error behind.
+bool KyXmlParser::parseMisc() {
+  while (parseComment() || parsePI() || skipSpace())
+    if (KyXmlError::IsSet()) return true;
+  return false;
+}
+
+bool KyXmlParser::parseXmlDecl() {
+  if (!matchNoCase("<?xml")) return false;
+  if (!parseVersionInfo()) {
+    fail(KyXmlError::kInvalidVersionInfo);
+    return false;
+  }
+  parseEncodingDecl();
+  if (KyXmlError::IsSet()) return false;
+  parseSDDecl();
+  if (KyXmlError::IsSet()) return false;
+  skipSpace();
+  if (!matchLiteral("?>")) {
+    fail(KyXmlError::kInvalidDeclarationEnd);
+    return false;
+  }
+  return true;
+}
+
+bool KyXmlParser::parseVersionInfo() {
+  const KyXmlUnit* start = cursor;
+  if (!skipSpace() || !matchLiteral("version")) {
+    cursor = start;
+    return false;
+  }
+  skipSpace();
+  if (!expectChar('=')) {
+    cursor = start;
+    return false;
+  }
+  skipSpace();
+  if (KyXmlError::IsSet()) return false;
+  KyXmlUnit quote = nextChar();
+  if (!IsQuote(quote) || !parseVersionNum() || nextChar() != quote) {
+    fail(KyXmlError::kInvalidVersionInfo);
+    return false;
+  }
+  return true;
+}
+
+bool KyXmlParser::parseVersionNum() {
+  KyXmlMark mark{cursor};
+  if (!(classes[nextChar()] & kKyXmlVersionChar)) {
+    stepBack();
+    return false;
+  }
+  while (classes[nextChar()] & kKyXmlVersionChar) {
+  }
+  stepBack();
+  document->storeVersion(mark.toUtf8(cursor, 0));
+  return true;
+}
+
+bool KyXmlParser::parseEncodingDecl() {
+  const KyXmlUnit* start = cursor;
+  if (!skipSpace() || !matchLiteral("encoding")) {
+    cursor = start;
+    return false;
+  }
+  skipSpace();
+  if (!expectChar('=')) {
+    cursor = start;
+    return false;
+  }
+  skipSpace();
+  KyXmlUnit quote = nextChar();
+  if (!IsQuote(quote)) {
+    fail(KyXmlError::kInvalidEncodingDeclaration);
+    return false;
+  }
+  // The name is checked for form only: decoding never depends on it.
+  const KyXmlUnit* afterQuote = cursor;
+  KyXmlUnit unit = nextChar();
+  if (classes[unit] & kKyXmlEncodingFirst) {
+    do unit = nextChar();
+    while (classes[unit] & kKyXmlEncodingChar);
+    if (unit == quote) return true;
+  }
+  cursor = afterQuote;
+  fail(KyXmlError::kInvalidEncodingName);
+  return false;
+}
+
+bool KyXmlParser::parseSDDecl() {
+  const KyXmlUnit* start = cursor;
+  if (!skipSpace() || !matchLiteral("standalone")) {
+    cursor = start;
+    return false;
+  }
+  skipSpace();
+  if (!expectChar('=')) {
+    cursor = start;
+    return false;
+  }
+  skipSpace();
+  KyXmlUnit quote = nextChar();
+  if (IsQuote(quote) && (matchLiteral("yes") || matchLiteral("no")) && nextChar() == quote) return true;
+  fail(KyXmlError::kInvalidSdDeclaration);
+  return false;
+}
+
+// Document type, kept as opaque text.
+
+bool KyXmlParser::parseDoctype() {
+  if (!matchLiteral("<!DOCTYPE")) return false;
+  skipSpace();
+  char* name;
+  if (!parseName(name)) {
+    fail(KyXmlError::kInvalidDoctypeName);
+    return false;
+  }
+  KyXmlMark mark{cursor};
+  parseExternalId();
+  if (KyXmlError::IsSet()) {
+    delete[] name;
+    return false;
+  }
+  skipSpace();
+  if (nextChar() == '[') {
+    if (!skipTo(']')) {
+      delete[] name;
+      return false;
+    }
+  } else {
+    stepBack();
+  }
+  if (!skipTo('>')) {
+    delete[] name;
+    return false;
+  }
+  document->storeDoctype(name, mark.toUtf8(cursor, 1));
+  return true;
+}
+
+// Reads up to and including `wanted`, with no regard for quotes or nesting. A zero
+// unit, or the end of the text, is an early end.
+bool KyXmlParser::skipTo(KyXmlUnit wanted) {
+  for (;;) {
+    if (cursor == end) truncated = true;
+    KyXmlUnit unit = nextChar();
+    if (unit == 0) {
+      fail(KyXmlError::kEarlyEndOfDocument);
+      return false;
+    }
+    if (unit == wanted) return true;
+  }
+}
+
+void KyXmlParser::parseExternalId() {
+  if (!skipSpace()) return;
+  const KyXmlUnit* start = cursor;
+  if (matchLiteral("SYSTEM") && skipSpace()) {
+    parseSystemLiteral();
+    return;
+  }
+  cursor = start;
+  if (!matchLiteral("PUBLIC") || !skipSpace()) return;
+  KyXmlUnit quote = nextChar();
+  if (IsQuote(quote)) {
+    for (;;) {
+      KyXmlUnit unit = nextChar();
+      if (unit == 0) {
+        fail(KyXmlError::kEarlyEndOfDocument);
+        return;
+      }
+      if (unit == quote) break;
+      if (!(classes[unit] & kKyXmlPubidChar)) {
+        fail(KyXmlError::kInvalidExternalLiteral);
+        return;
+      }
+    }
+  }
+  if (!skipSpace()) {
+    fail(KyXmlError::kInvalidExternalLiteral);
+    return;
+  }
+  parseSystemLiteral();
+}
+
+void KyXmlParser::parseSystemLiteral() {
+  KyXmlUnit quote = nextChar();
+  if (!IsQuote(quote)) {
+    fail(KyXmlError::kInvalidExternalLiteral);
+    return;
+  }
+  for (;;) {
+    KyXmlUnit unit = nextChar();
+    if (unit == 0) {
+      fail(KyXmlError::kEarlyEndOfDocument);
+      return;
+    }
+    if (unit == quote) return;
+  }
+}
+
+// Elements. The descent into content is a loop over a stack of open elements; each
+// step below names the place of the recursive form it stands for.
+
+bool KyXmlParser::parseElement() {
+  KyXmlElementI* made = nullptr;
+  bool emptyTag = false;
+  if (!parseStartTag(made, emptyTag)) return false;
+  if (emptyTag) {
+    finishElement(made);
+    return true;
+  }
+  open.push_back({made, element});
+  element = made;
+  KyXmlMark mark{cursor};
+  for (;;) {
+    ContentEnd ending = parseContent(mark);
+    if (ending == kChildFollows) {
+      // A child's parseElement: its start tag here, its content on the next turn.
+      if (parseStartTag(made, emptyTag)) {
+        if (emptyTag) {
+          finishElement(made);
+          mark.start = cursor;
+        } else {
+          open.push_back({made, element});
+          element = made;
+          mark.start = cursor;
+        }
+        continue;
+      }
+      mark.start = cursor;
+      if (afterChild(false, mark)) continue;
+    }
+    // The content of the innermost open element has ended: its end tag decides, and
+    // the parent's content goes on or fails in turn.
+    for (;;) {
+      OpenElement closing = open.back();
+      open.pop_back();
+      bool closed = parseEndTag(closing.element);
+      if (closed) {
+        element = closing.saved;
+        finishElement(closing.element);
+      } else {
+        if (!KyXmlError::IsSet()) fail(KyXmlError::kEndTagExpected);
+        // The field stays on the element that failed, as the parent's content sees it.
+        orphans.push_back(closing.element);
+      }
+      if (open.empty()) return closed;
+      mark.start = cursor;
+      if (afterChild(closed, mark)) break;
+    }
+  }
+}
+
+// What the content does after a child element: go on after a good one; after a failed
+// one, take a CDATA section, instruction or comment that stands at the cursor (which
+// clears the error that brought it here) or stop if an error stands.
+bool KyXmlParser::afterChild(bool attached, KyXmlMark& mark) {
+  if (attached) return true;
+  if (parseCData() || parsePI() || parseComment()) {
+    mark.start = cursor;
+    KyXmlError::Reset();
+    return true;
+  }
+  return !KyXmlError::IsSet();
+}
+
+void KyXmlParser::finishElement(KyXmlElementI* finished) {
+  document->endElement(finished);
+  attach(finished);
+}
+
+bool KyXmlParser::parseStartTag(KyXmlElementI*& made, bool& emptyTag) {
+  made = nullptr;
+  emptyTag = false;
+  if (nextChar() != '<') {
+    stepBack();
+    return false;
+  }
+  if (nextChar() == '/') {
+    stepBack();
+    stepBack();
+    return false;
+  }
+  stepBack();
+  char* tag;
+  if (!parseName(tag)) {
+    fail(KyXmlError::kInvalidTagName);
+    stepBack();
+    return false;
+  }
+  KyXmlElementI* created = element != nullptr ? element->createChildElement(tag) : nullptr;
+  if (created == nullptr) created = document->createElement(tag);
+  if (created == nullptr) {
+    fail(KyXmlError::kElementNotCreated);
+    return false;
+  }
+  document->startElement(created);
+  while (skipSpace()) {
+    parseAttribute(created);
+    if (KyXmlError::IsSet()) {
+      delete created;
+      return false;
+    }
+  }
+  KyXmlAttributeI* space = created->getAttribute("xml:space");
+  if (space != nullptr && space->getValue() != nullptr && std::strcmp(space->getValue(), "preserve") == 0)
+    created->preserveWhiteSpaces(true);
+  skipSpace();
+  KyXmlUnit unit = nextChar();
+  if (unit == '/') {
+    emptyTag = true;
+    unit = nextChar();
+  }
+  if (unit != '>') {
+    delete created;
+    fail(KyXmlError::kInvalidTagEnd);
+    return false;
+  }
+  made = created;
+  return true;
+}
+
+bool KyXmlParser::parseAttribute(KyXmlElementI* owner) {
+  char* name;
+  if (!parseName(name)) return false;
+  skipSpace();
+  if (nextChar() != '=') {
+    stepBack();
+    delete[] name;
+    fail(KyXmlError::kEqualSignExpected);
+    return false;
+  }
+  skipSpace();
+  char* value;
+  if (!parseAttValue(value)) {
+    delete[] name;
+    if (!KyXmlError::IsSet()) fail(KyXmlError::kInvalidAttributeValue);
+    return false;
+  }
+  owner->storeAttribute(document, name, value);
+  return true;
+}
+
+bool KyXmlParser::parseAttValue(char*& value) {
+  value = nullptr;
+  KyXmlUnit quote = nextChar();
+  if (!IsQuote(quote)) {
+    stepBack();
+    return false;
+  }
+  KyXmlMark run{cursor};
+  // Text of the runs before resolved references, with one byte per reference.
+  valueText.clear();
+  bool resolved = false;
+  for (;;) {
+    KyXmlUnit unit = nextChar();
+    if (unit == quote) break;
+    if (unit == 0) {
+      fail(KyXmlError::kEarlyEndOfDocument);
+      return false;
+    }
+    if (unit == '<') {
+      fail(KyXmlError::kUnexpectedTagSymbol);
+      return false;
+    }
+    if (unit != '&') continue;
+    stepBack();
+    const KyXmlUnit* at = cursor;
+    KyXmlCharRefI* reference;
+    if (!parseReference(reference)) continue;
+    int code = reference != nullptr ? resolveCharRef(reference) : kUnknownReference;
+    delete reference;
+    // An unknown reference stays in the value as the text it was.
+    if (code == kUnknownReference) continue;
+    std::size_t size = 0;
+    char* text = run.toUtf8(at, 0, &size);
+    valueText.append(text, size);
+    delete[] text;
+    valueText.push_back(static_cast<char>(code & 0xFF));
+    resolved = true;
+    run.start = cursor;
+  }
+  if (!resolved) {
+    value = run.toUtf8(cursor, 1);
+    return true;
+  }
+  std::size_t size = 0;
+  char* last = run.toUtf8(cursor, 1, &size);
+  value = new char[valueText.size() + size + 1];
+  std::memcpy(value, valueText.data(), valueText.size());
+  std::memcpy(value + valueText.size(), last, size + 1);
+  delete[] last;
+  return true;
+}
+
+KyXmlParser::ContentEnd KyXmlParser::parseContent(KyXmlMark& mark) {
+  for (;;) {
+    KyXmlUnit unit = nextChar();
+    switch (unit) {
+      case 0:
+        fail(KyXmlError::kEndOfDocumentUnexpected);
+        return kContentFailed;
+      case '&':
+      case '%':
+        stepBack();
+        flushText(mark);
+        if (!contentReference()) {
+          fail(KyXmlError::kInvalidReferenceDeclaration);
+          return kContentFailed;
+        }
+        mark.start = cursor;
+        break;
+      case '<':
+        // A "<" that ends the text can start nothing: the element is unfinished.
+        if (cursor == end) {
+          fail(KyXmlError::kEndOfDocumentUnexpected);
+          return kContentFailed;
+        }
+        if (nextChar() == '/') {
+          stepBack();
+          stepBack();
+          flushText(mark);
+          return kEndTagFollows;
+        }
+        stepBack();
+        stepBack();
+        flushText(mark);
+        return kChildFollows;
+      default:
+        // "]" and every other unit are character data.
+        break;
+    }
+  }
+}
+
+void KyXmlParser::flushText(const KyXmlMark& mark) {
+  if (mark.start == cursor) return;
+  char* text = mark.toUtf8(cursor, 0);
+  if (text != nullptr && *text != '\0') {
+    if (KyXmlTextI* node = document->createText()) {
+      // For the library's own text node, setText would only copy the array and store
+      // the copy: the array is stored as it is.
+      if (typeid(*node) == typeid(KyXmlText)) {
+        node->storeText(text);
+        text = nullptr;
+      } else {
+        node->setText(text);
+      }
+      document->textAdded(node);
+      attach(node);
+    }
+  }
+  delete[] text;
+}
+
+bool KyXmlParser::contentReference() {
+  KyXmlCharRefI* reference;
+  if (!parseReference(reference)) return false;
+  if (reference == nullptr) return true;
+  int code = resolveCharRef(reference);
+  if (code == kUnknownReference) {
+    document->charRefAdded(reference);
+    attach(reference);
+    return true;
+  }
+  // A known reference becomes one byte of text, its low 8 bits: values above 0xFF
+  // lose their upper bits and values from 0x80 stay raw bytes, as callers expect.
+  if ((code & 0xFF) != 0) {
+    const char byte[2] = {static_cast<char>(code & 0xFF), '\0'};
+    if (KyXmlTextI* text = document->createText()) {
+      text->setText(byte);
+      document->textAdded(text);
+      attach(text);
+    }
+  }
+  delete reference;
+  return true;
+}
+
+bool KyXmlParser::parseReference(KyXmlCharRefI*& reference) {
+  reference = nullptr;
+  if (nextChar() != '&') return false;
+  KyXmlUnit unit = nextChar();
+  if (unit == '#') {
+    unit = nextChar();
+    std::uint32_t base = 10;
+    if (unit == 'x') {
+      base = 16;
+      unit = nextChar();
+    }
+    // No overflow check and no least number of digits; letters count from their own
+    // first letter ("a" is 0, "f" is 5), which callers of old rely on.
+    std::uint32_t value = 0;
+    for (;; unit = nextChar()) {
+      if (unit >= '0' && unit <= '9')
+        value = value * base + (unit - '0');
+      else if (base == 16 && unit >= 'a' && unit <= 'f')
+        value = value * 16 + (unit - 'a');
+      else if (base == 16 && unit >= 'A' && unit <= 'F')
+        value = value * 16 + (unit - 'A');
+      else
+        break;
+    }
+    if (unit != ';') {
+      fail(KyXmlError::kInvalidCharRefDeclaration);
+      return false;
+    }
+    reference = document->createCharRef();
+    if (reference != nullptr) reference->setRefCode(static_cast<int>(value));
+    return true;
+  }
+  stepBack();
+  char* name;
+  if (!parseName(name)) {
+    fail(KyXmlError::kInvalidCharRefDeclaration);
+    return false;
+  }
+  reference = document->createCharRef();
+  if (reference != nullptr)
+    reference->storeRefName(name);
+  else
+    delete[] name;
+  if (!expectChar(';')) {
+    delete reference;
+    reference = nullptr;
+    fail(KyXmlError::kInvalidCharRefDeclaration);
+    return false;
+  }
+  return true;
+}
+
+int KyXmlParser::resolveCharRef(KyXmlCharRefI* reference) const {
+  const char* name = reference->getRefName();
+  if (name == nullptr) return reference->getRefCode() & 0xFFFF;
+  // "quote" is the apostrophe; "quot" and "apos" are not known. Kept as it was.
+  if (strcasecmp(name, "gt") == 0) return '>';
+  if (strcasecmp(name, "lt") == 0) return '<';
+  if (strcasecmp(name, "amp") == 0) return '&';
+  if (strcasecmp(name, "quote") == 0) return '\'';
+  return kUnknownReference;
+}
+
+bool KyXmlParser::parseEndTag(KyXmlElementI* closing) {
+  if (!matchLiteral("</")) return false;
+  KyXmlMark mark{cursor};
+  if (!scanName()) {
+    fail(KyXmlError::kInvalidTagName);
+    return false;
+  }
+  // The name is compared in UTF-8 in a scratch buffer: it is not kept.
+  std::size_t size = static_cast<std::size_t>(cursor - mark.start);
+  scratch.resize(3 * size);
+  scratch.resize(static_cast<std::size_t>(EncodeUtf8(mark.start, cursor, &scratch[0]) - scratch.data()));
+  const char* tag = closing->getTag();
+  if (tag == nullptr || std::strcmp(tag, scratch.c_str()) != 0) {
+    fail(KyXmlError::kEndTagNotMatched);
+    return false;
+  }
+  skipSpace();
+  return expectChar('>');
+}
+
+// Comments, CDATA sections, instructions.
+
+bool KyXmlParser::parseComment() {
+  if (!matchLiteral("<!--")) return false;
+  KyXmlMark mark{cursor};
+  for (;;) {
+    if (end - cursor >= 2 && cursor[0] == '-' && cursor[1] == '-') {
+      cursor += 2;
+      break;
+    }
+    if (nextChar() == 0) {
+      fail(KyXmlError::kEarlyEndOfDocument);
+      return false;
+    }
+  }
+  if (!expectChar('>')) {
+    fail(KyXmlError::kInvalidCommentChars);
+    return false;
+  }
+  char* text = mark.toUtf8(cursor, 3);
+  KyXmlCommentI* comment = document->createComment();
+  if (comment == nullptr) {
+    delete[] text;
+    return true;
+  }
+  comment->storeComment(text);
+  document->commentAdded(comment);
+  attach(comment);
+  return true;
+}
+
+bool KyXmlParser::parseCData() {
+  if (!matchLiteral("<![CDATA[")) return false;
+  KyXmlMark mark{cursor};
+  while (!matchLiteral("]]>")) {
+    KyXmlUnit unit = nextChar();
+    if (unit < 0x20 && !(classes[unit] & kKyXmlSpace)) {
+      fail(unit == 0 ? KyXmlError::kEarlyEndOfDocument : KyXmlError::kInvalidCData);
+      return false;
+    }
+  }
+  char* data = mark.toUtf8(cursor, 3);
+  KyXmlCDataI* section = document->createCData();
+  if (section == nullptr) {
+    delete[] data;
+    return true;
+  }
+  section->storeData(data);
+  document->cDataAdded(section);
+  attach(section);
+  return true;
+}
+
+bool KyXmlParser::parsePI() {
+  if (!matchLiteral("<?")) return false;
+  char* target;
+  if (!parseName(target)) return false;
+  if (strcasecmp(target, "xml-stylesheet") != 0 && strncasecmp(target, "xml", 3) == 0) {
+    // The instruction is still read, with no target.
+    delete[] target;
+    target = nullptr;
+    fail(KyXmlError::kReservedPiTargetName);
+  }
+  skipSpace();
+  KyXmlMark mark{cursor};
+  while (!matchLiteral("?>")) {
+    if (cursor == end) {
+      fail(KyXmlError::kEarlyEndOfDocument);
+      truncated = true;
+      delete[] target;
+      return false;
+    }
+    // A zero unit is recorded, and the scan goes on to the closing "?>".
+    if (nextChar() == 0) fail(KyXmlError::kEarlyEndOfDocument);
+  }
+  KyXmlPII* instruction = document->createPI();
+  if (instruction == nullptr) {
+    delete[] target;
+    return true;
+  }
+  // No processingInstructionAdded: instructions arrive silently.
+  instruction->storeTarget(target);
+  instruction->storeData(mark.toUtf8(cursor, 2));
+  attach(instruction);
+  return true;
+}
+
+bool KyXmlParser::scanName() {
+  if (!(classes[nextChar()] & kKyXmlNameStart)) {
+    stepBack();
+    return false;
+  }
+  while (classes[nextChar()] & kKyXmlNameChar) {
+  }
+  stepBack();
+  return true;
+}
+
+bool KyXmlParser::parseName(char*& name) {
+  KyXmlMark mark{cursor};
+  name = scanName() ? mark.toUtf8(cursor, 0) : nullptr;
+  return name != nullptr;
+}
