@@ -33,8 +33,8 @@ const std::vector<double>& Values() {
       } else {
         // Amounts and measurements: up to nine digits with zero to four behind the point.
         static const double kScales[] = {1, 10, 100, 1000, 10000};
-        value = static_cast<double>(static_cast<std::int64_t>(random() % 2000000000) - 1000000000) /
-                kScales[random() % 5];
+        value =
+            static_cast<double>(static_cast<std::int64_t>(random() % 2000000000) - 1000000000) / kScales[random() % 5];
       }
       result.push_back(value);
     }

@@ -51,8 +51,7 @@ void PointForSeparators(char* text) {
 // printf route reproduces.
 bool RadixBecomesOnePoint() {
   const char* radix = nl_langinfo(RADIXCHAR);
-  return radix[0] != '\0' && radix[1] == '\0' && !IsDigit(radix[0]) && !IsSign(radix[0]) &&
-         !IsExponentLetter(radix[0]);
+  return radix[0] != '\0' && radix[1] == '\0' && !IsDigit(radix[0]) && !IsSign(radix[0]) && !IsExponentLetter(radix[0]);
 }
 
 int FormatAndScan(char* buffer, double value, const char* format) {

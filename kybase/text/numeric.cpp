@@ -455,7 +455,8 @@ KyNumeric KyNumeric::operator*(const KyNumeric& other) {
   // The point follows its own rule, not the arithmetic of a point: a product with fewer
   // digits than its factors together is read too large (1.5 * 1.5 gives 22.5). Kept
   // because callers rely on it.
-  const long sum = FactorScale(pointPosition, DigitCount(digits)) + FactorScale(other.pointPosition, DigitCount(other.digits));
+  const long sum =
+      FactorScale(pointPosition, DigitCount(digits)) + FactorScale(other.pointPosition, DigitCount(other.digits));
   if (sum < 0) ShiftRight(result.digits, -sum);
   result.sign = sign == other.sign ? 0 : 1;
   result.pointPosition = static_cast<short>(sum >= n ? n : std::max(sum, 0L));

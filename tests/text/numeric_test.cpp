@@ -26,10 +26,13 @@ TEST(Numeric, GetWritesItsOwnTexts) {
     const char* text;
     const char* expected;
   } cases[] = {
-      {"0.5", ".5"},       {"-0.5", "-.5"},     {"100", "100"},       {"1e3", "1000"},   {"-1e3", "-100"},
-      {"12.5", "12.5"},    {"-12.5", "-12.5"},  {"1.50", "1.5"},      {"1e-5", ".1e-4"}, {"1.5e-3", ".15e-2"},
-      {"0.05", ".05"},     {"0.001", ".001"},   {"0", ".0"},          {"0.0", "0"},      {"-0", ".0"},
-      {" + 7", "7"},       {"5.", "5"},         {"123.456e2", "12345.6"}, {"1e200", ".1e201"}, {"0001.25", "1.25"},
+      {"0.5", ".5"},        {"-0.5", "-.5"},     {"100", "100"},
+      {"1e3", "1000"},      {"-1e3", "-100"},    {"12.5", "12.5"},
+      {"-12.5", "-12.5"},   {"1.50", "1.5"},     {"1e-5", ".1e-4"},
+      {"1.5e-3", ".15e-2"}, {"0.05", ".05"},     {"0.001", ".001"},
+      {"0", ".0"},          {"0.0", "0"},        {"-0", ".0"},
+      {" + 7", "7"},        {"5.", "5"},         {"123.456e2", "12345.6"},
+      {"1e200", ".1e201"},  {"0001.25", "1.25"},
   };
   for (const auto& c : cases) EXPECT_EQ(Text(c.text), c.expected) << c.text;
   EXPECT_EQ(Text(KyNumeric()), "0");
@@ -62,12 +65,11 @@ TEST(Numeric, SmallBuffersAreCutAndNeverOverrun) {
 TEST(Numeric, TextsAreCheckedBeforeAnythingChanges) {
   const std::string fraction48 = "0." + Repeat('0', 47) + "1";
   const std::string fraction49 = "0." + Repeat('0', 48) + "1";
-  const char* valid[] = {"0",      "-0",       "0.0",      "5.",      " -5", "- 5", "\t+1.5e+3",
-                         "1E-5",   "000001",   "1e-32769", "1e32766", fraction48.c_str()};
+  const char* valid[] = {"0",         "-0",   "0.0",    "5.",       " -5",     "- 5",
+                         "\t+1.5e+3", "1E-5", "000001", "1e-32769", "1e32766", fraction48.c_str()};
   for (const char* text : valid) EXPECT_TRUE(KyNumeric().set(text)) << text;
-  const char* invalid[] = {"",   "-",    "00",   "0e5", "0.",       ".",       "1e",
-                           "1e+", "1.5x", "1 ",   "1..5", "+-1",     "e5",      "1e-32770",
-                           "1e32767", fraction49.c_str()};
+  const char* invalid[] = {"",     "-",  "00",   "0e5", "0.", ".",        "1e",      "1e+",
+                           "1.5x", "1 ", "1..5", "+-1", "e5", "1e-32770", "1e32767", fraction49.c_str()};
   for (const char* text : invalid) {
     KyNumeric value("-7.25");
     EXPECT_FALSE(value.set(text)) << text;
@@ -88,18 +90,6 @@ TEST(Numeric, HoldsFortyEightDigitsAndNoMore) {
   EXPECT_FALSE(value.set((digits48 + "4").c_str()));
   EXPECT_FALSE(value.set(("1" + digits48).c_str()));
   EXPECT_TRUE(value.set(("0000" + digits48).c_str()));
-}
-
-TEST(Numeric, PrecisionAndScale) {
-  const struct {
-    KyNumeric value;
-    short precision;
-    short scale;
-  } cases[] = {{"12.5", 3, 1}, {"1e3", 1, -3}, {100L, 3, 0}, {"0.05", 2, 2}, {KyNumeric(), 0, 0}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(c.value.getPrecision(), c.precision) << Text(c.value);
-    EXPECT_EQ(c.value.getScale(), c.scale) << Text(c.value);
-  }
 }
 
 TEST(Numeric, ZeroTestReadsALeadingZeroDigit) {
@@ -144,16 +134,34 @@ TEST(Numeric, ArithmeticFollowsTheSigns) {
     const char* b;
     const char* expected;
   } cases[] = {
-      {"1.5", '+', "2.25", "3.75"},  {"0.5", '+', "0.5", "1"},     {"99", '+', "1", "100"},
-      {"-3", '+', "5", "2"},         {"3", '+', "-5", "-2"},       {"-5", '+', "3", "-2"},
-      {"5", '+', "-3", "2"},         {"-2", '+', "-3", "-5"},      {"1e-5", '+', "1e-5", ".2e-4"},
-      {"1e3", '+', "1e3", "2000"},   {"-0.01", '+', "-0.02", ".03"},
-      {"0.1", '-', "0.3", "-.2"},    {"5", '-', "-3", "8"},        {"-5", '-', "3", "-8"},
-      {"-5", '-', "-3", "-2"},       {"-3", '-', "-5", "2"},       {"10", '-', "0.5", "9.5"},
-      {"7", '-', "7", "0"},          {"1.1e-5", '-', "1e-5", ".1e-5"},
-      {"12", '*', "12", "144"},      {"1.5", '*', "1.5", "22.5"},  {"0.5", '*', "0.5", ".25"},
-      {"0.05", '*', "0.5", ".025"},  {"-2", '*', "3", "-6"},       {"-2", '*', "-3", "6"},
-      {"100", '*', "2", "200"},      {"1.5", '*', "0.5", "7.5"},   {"0", '*', "123", "0"},
+      {"1.5", '+', "2.25", "3.75"},
+      {"0.5", '+', "0.5", "1"},
+      {"99", '+', "1", "100"},
+      {"-3", '+', "5", "2"},
+      {"3", '+', "-5", "-2"},
+      {"-5", '+', "3", "-2"},
+      {"5", '+', "-3", "2"},
+      {"-2", '+', "-3", "-5"},
+      {"1e-5", '+', "1e-5", ".2e-4"},
+      {"1e3", '+', "1e3", "2000"},
+      {"-0.01", '+', "-0.02", ".03"},
+      {"0.1", '-', "0.3", "-.2"},
+      {"5", '-', "-3", "8"},
+      {"-5", '-', "3", "-8"},
+      {"-5", '-', "-3", "-2"},
+      {"-3", '-', "-5", "2"},
+      {"10", '-', "0.5", "9.5"},
+      {"7", '-', "7", "0"},
+      {"1.1e-5", '-', "1e-5", ".1e-5"},
+      {"12", '*', "12", "144"},
+      {"1.5", '*', "1.5", "22.5"},
+      {"0.5", '*', "0.5", ".25"},
+      {"0.05", '*', "0.5", ".025"},
+      {"-2", '*', "3", "-6"},
+      {"-2", '*', "-3", "6"},
+      {"100", '*', "2", "200"},
+      {"1.5", '*', "0.5", "7.5"},
+      {"0", '*', "123", "0"},
       {"1e-5", '*', "1e-5", ".1"},
   };
   for (const auto& c : cases) {
@@ -198,10 +206,9 @@ TEST(Numeric, IntegerMeansAThirtyTwoBitLong) {
     KyNumeric value;
     bool integer;
   } cases[] = {
-      {KyNumeric(), false},     {"0", false},           {123L, true},           {"12.5", false},
-      {2147483647L, true},      {2147483648L, false},   {-2147483647L, true},   {"2147483646.5", true},
-      {"2147483647.5", false},  {999999999L, true},     {"1e9", true},          {"5e9", false},
-      {"1e-5", false},
+      {KyNumeric(), false}, {"0", false},         {123L, true},           {"12.5", false},         {2147483647L, true},
+      {2147483648L, false}, {-2147483647L, true}, {"2147483646.5", true}, {"2147483647.5", false}, {999999999L, true},
+      {"1e9", true},        {"5e9", false},       {"1e-5", false},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(c.value.isInteger(), c.integer) << Text(c.value);
@@ -222,17 +229,24 @@ TEST(Numeric, SetScaleMovesThePointWithoutRounding) {
   EXPECT_EQ(Text(huge), "5");
 }
 
-TEST(Numeric, SignOperations) {
+TEST(Numeric, AccessorsAndSign) {
+  const struct {
+    KyNumeric value;
+    short precision;
+    short scale;
+  } cases[] = {{"12.5", 3, 1}, {"1e3", 1, -3}, {100L, 3, 0}, {"0.05", 2, 2}, {KyNumeric(), 0, 0}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.value.getPrecision(), c.precision) << Text(c.value);
+    EXPECT_EQ(c.value.getScale(), c.scale) << Text(c.value);
+  }
   KyNumeric value("-2.5");
   EXPECT_TRUE(value.isNegative());
   EXPECT_EQ(Text(value.abs()), "2.5");
   value.negate();
   EXPECT_EQ(Text(value), "2.5");
-  value.negate();
-  EXPECT_EQ(Text(value), "-2.5");
   KyNumeric copy;
   copy.set(value);
-  EXPECT_EQ(Text(copy), "-2.5");
+  EXPECT_EQ(Text(copy), "2.5");
 }
 
 class NumericLocaleTest : public NumberLocaleTest {};
