@@ -136,6 +136,8 @@ TEST_P(NumberTextTest, DefaultTextIsPrintfInTheCLocale) {
     if (!std::isfinite(value)) continue;
     const Written written = Write(value);
     ASSERT_EQ(written.text, PrintfInC(value)) << std::hexfloat << value;
+    // The explicit format takes the printf route and its scan.
+    ASSERT_EQ(written.text, Write(value, "%.16g").text) << std::hexfloat << value;
     ASSERT_EQ(written.length, static_cast<int>(written.text.size()));
   }
 }
