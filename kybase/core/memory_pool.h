@@ -49,7 +49,7 @@ class KY_EXPORT KyMemoryPool {
  private:
   KyMemoryPoolBlock* find(void* data) const;
 
-  int elementSize;
+  [[maybe_unused]] int elementSize;  // kept for layout; the typed pools scale by themselves
   KyMemoryPoolBlock* blocks;
 };
 
