@@ -135,8 +135,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     case 1:
       text.substitute(other, third, r[0], r[1], r[2], r[3], r[4], r[5]);
       CheckBody(text);
-      text.substitute(other, text);
-      CheckBody(text);
+      // Substituting a string into itself squares its length: keep that small.
+      if (text.getLength() <= 4096) {
+        text.substitute(other, text);
+        CheckBody(text);
+      }
       break;
     case 2: {
       std::istringstream in(raw);
