@@ -17,5 +17,10 @@
 #include "kybase/text/kystring.h"
 #include "kybase/text/mb_string.h"
 #include "kybase/text/sb_string.h"
+#include "kybase/xml/xml_document.h"
+#include "kybase/xml/xml_error.h"
+#include "kybase/xml/xml_factory.h"
+#include "kybase/xml/xml_iterators.h"
+#include "kybase/xml/xml_node.h"
 
 #endif  // KYBASE_KYBASE_H

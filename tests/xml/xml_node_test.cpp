@@ -1,0 +1,214 @@
+#include "kybase/xml/xml_node.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "kybase/containers/array.h"
+#include "kybase/xml/xml_document.h"
+#include "kybase/xml/xml_factory.h"
+#include "kybase/xml/xml_iterators.h"
+#include "xml/xml_test_support.h"
+
+namespace {
+
+// A text node that counts what reaches its store operation.
+class CountingText : public KyXmlText {
+ public:
+  void storeText(char* text) override {
+    stored.push_back(text != nullptr ? text : "(null)");
+    KyXmlText::storeText(text);
+  }
+  std::vector<std::string> stored;
+};
+
+TEST(XmlNode, SetCopiesThroughStoreAndTreatsEmptyAsNull) {
+  CountingText text;
+  std::string source = "abc";
+  text.setText(source.c_str());
+  source[0] = 'x';
+  EXPECT_STREQ(text.getText(), "abc");
+  EXPECT_NE(text.getText(), source.c_str());
+  text.setText("");
+  EXPECT_EQ(text.getText(), nullptr);
+  EXPECT_EQ(text.stored, (std::vector<std::string>{"abc", "(null)"}));
+
+  text.appendText("de");  // no text yet: a set
+  text.appendText("f");
+  EXPECT_STREQ(text.getText(), "def");
+  EXPECT_EQ(text.stored.size(), 3u);
+
+  KyXmlAttribute attribute("", "v");
+  EXPECT_EQ(attribute.getName(), nullptr);
+  EXPECT_STREQ(attribute.getValue(), "v");
+  KyXmlElement element("");
+  EXPECT_EQ(element.getTag(), nullptr);
+}
+
+TEST(XmlNode, TypesComeFromTheInterfaces) {
+  KyXmlAttribute attribute;
+  KyXmlElement element;
+  KyXmlText text;
+  KyXmlComment comment;
+  KyXmlCData data;
+  KyXmlPI instruction;
+  KyXmlCharRef reference;
+  const KyXmlNodeI* nodes[] = {&attribute, &element, &text, &comment, &data, &instruction, &reference};
+  for (int type = 0; type < 7; ++type) EXPECT_EQ(nodes[type]->getType(), type);
+}
+
+TEST(XmlNode, CharRefHoldsACodeOrANameNeverBoth) {
+  KyXmlCharRef reference;
+  EXPECT_EQ(reference.getRefCode(), 0);
+  EXPECT_EQ(reference.getRefName(), nullptr);
+  reference.setRefName("lt");
+  EXPECT_EQ(reference.getRefCode(), -1);
+  EXPECT_STREQ(reference.getRefName(), "lt");
+  reference.setRefCode(65);
+  EXPECT_EQ(reference.getRefCode(), 65);
+  EXPECT_EQ(reference.getRefName(), nullptr);
+}
+
+TEST(XmlNode, InstructionKeepsItsTargetAlive) {
+  char* target = new char[4]{'a', 'b', 'c', '\0'};
+  {
+    KyXmlPI instruction;
+    instruction.storeTarget(target);
+    instruction.setData("d");
+  }
+  EXPECT_STREQ(target, "abc");  // still ours: the node freed only its data
+  delete[] target;
+}
+
+TEST(XmlNode, AttributeLookupIsExactAndFirstWins) {
+  KyXmlElement element("e");
+  element.addAttribute(new KyXmlAttribute("name", "1"));
+  element.addAttribute(new KyXmlAttribute("name", "2"));
+  EXPECT_STREQ(element.getAttributeValue("name"), "1");
+  EXPECT_EQ(element.getAttribute("Name"), nullptr);
+  EXPECT_EQ(element.getAttributeValue("missing"), nullptr);
+  EXPECT_EQ(element.getAttributesCardinal(), 2u);
+  // The interface's own lookup walks the iterator and gives the same answer.
+  EXPECT_EQ(element.KyXmlElementI::getAttribute("name"), element.getAttribute("name"));
+}
+
+TEST(XmlNode, GetElementWalksLikeNamedChildren) {
+  KyXmlElement parent("p");
+  auto* first = new KyXmlElement("x");
+  auto* other = new KyXmlElement("y");
+  auto* second = new KyXmlElement("x");
+  auto* text = new KyXmlText;
+  text->setText("t");
+  parent.addChild(text);
+  parent.addChild(first);
+  parent.addChild(other);
+  parent.addChild(second);
+  EXPECT_EQ(parent.getElement("x", nullptr), first);
+  EXPECT_EQ(parent.getElement("x", first), second);
+  EXPECT_EQ(parent.getElement("x", second), nullptr);
+  EXPECT_EQ(parent.getElement("X", nullptr), nullptr);
+  KyXmlElement stranger("x");
+  EXPECT_EQ(parent.getElement("x", &stranger), nullptr);
+  EXPECT_STREQ(parent.getText(), "t");
+  EXPECT_EQ(parent.getChildrenCardinal(), 4u);
+}
+
+TEST(XmlNode, InterfaceDefaultsKeepNothing) {
+  // An element that keeps nothing disposes of what it is handed; the sanitizer build
+  // sees a leak if it did not.
+  class Bare : public KyXmlElementI {
+   public:
+    const char* getTag() const override { return "bare"; }
+  };
+  Bare bare;
+  bare.setTag("t");
+  bare.addChild(new KyXmlText);
+  bare.addAttribute(new KyXmlAttribute("a", "b"));
+  EXPECT_EQ(bare.getAttribute("a"), nullptr);
+  EXPECT_EQ(bare.createChildrenIterator(), nullptr);
+  EXPECT_FALSE(bare.doesPreserveWhiteSpaces());
+  bare.preserveWhiteSpaces(true);
+  EXPECT_FALSE(bare.doesPreserveWhiteSpaces());
+
+  KyXmlNodeFactory factory;
+  EXPECT_EQ(factory.createElement(nullptr), nullptr);
+  EXPECT_EQ(factory.createText(), nullptr);
+}
+
+TEST(XmlNode, IteratorsWalkTheirSources) {
+  KyXmlText a;
+  KyXmlComment b;
+  KyArray array;
+  array.add(&a);
+  array.add(&b);
+  KyXmlNodeArrayIterator overArray(array);
+  const KyXmlNodeI* pointers[] = {&b, &a};
+  KyXmlNodePtrArrayIterator overPointers(2, pointers);
+  std::vector<KyXmlNodeI*> seen;
+  while (overArray.hasMoreNodes()) seen.push_back(overArray.getNextNode());
+  while (overPointers.hasMoreNodes()) seen.push_back(overPointers.getNextNode());
+  EXPECT_EQ(seen, (std::vector<KyXmlNodeI*>{&a, &b, &b, &a}));
+  EXPECT_EQ(overArray.getNextNode(), nullptr);
+  EXPECT_EQ(overPointers.getNextNode(), nullptr);
+
+  KyXmlNodeIterator empty(nullptr);
+  EXPECT_FALSE(empty.hasMoreNodes());
+  EXPECT_EQ(empty.getNextNode(), nullptr);
+  KyXmlElement element("e");
+  element.addChild(new KyXmlText);
+  KyXmlNodeIterator wrapped(element.createChildrenIterator());
+  EXPECT_TRUE(wrapped.hasMoreNodes());
+  EXPECT_EQ(wrapped.getNextNode()->getType(), KyXmlNodeI::Text);
+  EXPECT_FALSE(wrapped.hasMoreNodes());
+}
+
+TEST(XmlNode, DocumentRootVersionAndEmpty) {
+  KyXmlDocument document;
+  EXPECT_STREQ(document.getVersion(), "1.0");
+  EXPECT_EQ(document.getRootElement(), nullptr);
+  ReadText(document, "<?xml version='2.5'?><!--c--><?pi x?><root/>");
+  ASSERT_FALSE(KyXmlError::IsSet());
+  ASSERT_NE(document.getRootElement(), nullptr);
+  EXPECT_STREQ(document.getRootElement()->getTag(), "root");
+  EXPECT_EQ(document.getNodes().getLength(), 3u);
+  FreeTargets(document.getNodes());
+  document.empty();
+  EXPECT_EQ(document.getNodes().getLength(), 0u);
+  EXPECT_STREQ(document.getVersion(), "2.5");
+  // A new read stores a new version and leaves the old array to whoever holds it.
+  const char* old = document.getVersion();
+  ReadText(document, "<?xml version='3'?><r/>");
+  EXPECT_STREQ(document.getVersion(), "3");
+  EXPECT_STREQ(old, "2.5");
+  delete[] old;
+}
+
+TEST(XmlError, RecordAndNames) {
+  KyXmlError::Reset();
+  KyXmlError::Severity severity = KyXmlError::kError;
+  int code = 9;
+  int line = 9;
+  EXPECT_EQ(KyXmlError::Get(severity, code, line), nullptr);
+  EXPECT_EQ(CurrentFault(), (XmlFault{0, 0, 0}));
+  EXPECT_FALSE(KyXmlError::IsSet());
+  const std::pair<int, const char*> names[] = {
+      {1, "INVALID_DOCUMENT"},           {4, "END_OF_DOCUMENT_EXPECTED"},   {7, "INVALID_SD_DECLARATION"},
+      {8, nullptr},                      {9, "INVALID_DECLARATION_END"},    {12, "INVALID_CDATA"},
+      {14, "INVALID_ENCODING_DECLARATION"}, {22, "INVALID_REFERENCE_DECLARATION"}, {24, "INVALID_DOCTYPE_NAME"},
+      {25, nullptr},                     {26, nullptr},                     {-1, nullptr},
+  };
+  for (const auto& [wanted, name] : names) {
+    KyXmlError::Set(KyXmlError::kWarning, wanted, 7);
+    const char* got = KyXmlError::Get(severity, code, line);
+    if (name == nullptr) {
+      EXPECT_EQ(got, nullptr) << wanted;
+    } else {
+      EXPECT_STREQ(got, name) << wanted;
+    }
+    EXPECT_EQ(CurrentFault(), (XmlFault{1, wanted, 7}));
+  }
+  KyXmlError::Reset();
+}
+
+}  // namespace
