@@ -215,8 +215,15 @@ TEST(XmlParser, PrologDoctypeAndSpacePreserve) {
   EXPECT_EQ(CurrentFault().code, KyXmlError::kEmptyDocument);
   EXPECT_EQ(document.getNodes().getLength(), 2u);
   FreeTargets(document.getNodes());
+  // A second document type replaces the first without freeing it.
+  const char* oldName = document.getDoctypeName();
+  const char* oldRest = document.getDoctypeRest();
   ReadText(document, "<!DOCTYPE r PUBLIC '-//x//y' 's'>\n<r xml:space='preserve'><s xml:space='default'/></r>");
   ASSERT_FALSE(KyXmlError::IsSet());
+  EXPECT_STREQ(oldName, "a");
+  EXPECT_STREQ(document.getDoctypeName(), "r");
+  delete[] oldName;
+  delete[] oldRest;
   EXPECT_TRUE(document.getRootElement()->doesPreserveWhiteSpaces());
   EXPECT_FALSE(document.getRootElement()->getElement("s", nullptr)->doesPreserveWhiteSpaces());
   ReadText(document, "<a b='1' b='2'>]</a>");
