@@ -622,6 +622,13 @@ bool KyXmlParser::parseStartTag(KyXmlElementI*& made, bool& emptyTag) {
   }
   document->startElement(created);
   while (skipSpace()) {
+    // Blanks that run to the end of the text: a name would step back onto them and
+    // this loop would read them again for ever.
+    if (cursor == end) {
+      delete created;
+      fail(KyXmlError::kEarlyEndOfDocument);
+      return false;
+    }
     parseAttribute(created);
     if (KyXmlError::IsSet()) {
       delete created;
@@ -693,7 +700,12 @@ bool KyXmlParser::parseAttValue(char*& value) {
     stepBack();
     const KyXmlUnit* at = cursor;
     KyXmlCharRefI* reference;
-    if (!parseReference(reference)) continue;
+    if (!parseReference(reference)) {
+      // An "&" that ends the text is taken back by the failed reference: step over it,
+      // as the value is read on to its end all the same.
+      if (cursor <= at) cursor = at + 1;
+      continue;
+    }
     int code = reference != nullptr ? resolveCharRef(reference) : kUnknownReference;
     delete reference;
     // An unknown reference stays in the value as the text it was.

@@ -326,6 +326,8 @@ TEST(XmlParser, UnfinishedConstructsEndTheRead) {
       {"<?pi never closed", KyXmlError::kEarlyEndOfDocument},
       {"<a><?pi never closed", KyXmlError::kEarlyEndOfDocument},
       {"<a>x</a><?pi never", KyXmlError::kEarlyEndOfDocument},
+      {"<root><tag \n", KyXmlError::kEarlyEndOfDocument},
+      {"<a b='1' c='x&", KyXmlError::kEarlyEndOfDocument},
   };
   for (const auto& [text, code] : cases) {
     KyXmlDocument document;
