@@ -85,7 +85,7 @@ class KY_EXPORT KyMemoryManager {
   std::uint32_t allocatedBytes;
   std::uint32_t usedBytes;
   std::uint32_t totalRequested;
-  std::int32_t reserved;
+  [[maybe_unused]] std::int32_t reserved;  // stays 0
   std::int32_t currentRequested;
   std::int32_t peakRequested;
   // Requests above 64 bytes still alive, key and value the block; made at the first.
