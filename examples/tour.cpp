@@ -250,6 +250,62 @@ void TourStrings(const std::string& text) {
   }
 }
 
+// Instructions keep their target array after they die; this document's free theirs.
+class TourXmlDocument : public KyXmlDocument {
+  class Instruction : public KyXmlPI {
+   public:
+    ~Instruction() override { delete[] getTarget(); }
+  };
+
+ public:
+  KyXmlPII* createPI() const override { return new Instruction; }
+};
+
+void TourXml(const std::string& data) {
+  Heading("XML");
+  std::ifstream in(data + "/workshop.xml", std::ios::binary);
+  TourXmlDocument document;
+  KyXmlError::Reset();
+  document.read(in);
+  KyXmlElement* root = document.getRootElement();
+  if (KyXmlError::IsSet() || root == nullptr) {
+    std::cout << "Could not read " << data << "/workshop.xml.\n";
+    return;
+  }
+  std::cout << "Read " << data << "/workshop.xml: document type \"" << document.getDoctypeName() << "\", root <"
+            << root->getTag() << "> of " << root->getAttributeValue("owner") << " in "
+            << root->getAttributeValue("town") << ", " << document.getNodes().getLength()
+            << " top-level nodes (the comment and the root).\n";
+  for (KyXmlElement* bench = root->getElement("bench", nullptr); bench; bench = root->getElement("bench", bench)) {
+    std::cout << "  Bench \"" << bench->getAttributeValue("id") << "\" holds:";
+    for (KyXmlElement* tool = bench->getElement("tool", nullptr); tool; tool = bench->getElement("tool", tool))
+      std::cout << " [" << tool->getAttributeValue("kind") << ": " << tool->getText() << "]";
+    std::cout << "\n";
+  }
+  std::cout << "A reference splits text into pieces, so getText gives only the first: the chisel's children are\n"
+            << "  ";
+  KyXmlElement* chisel = root->getElement("bench", nullptr)->getElement("tool", nullptr);
+  chisel = root->getElement("bench", nullptr)->getElement("tool", chisel);
+  for (Ky_List::Cell* cell = chisel->getChildren().getFirst(); cell; cell = cell->getNext())
+    std::cout << "\"" << static_cast<KyXmlTextI*>(cell->getValue())->getText() << "\" ";
+  std::cout << "\nWritten back by the library's writer (instructions are left out, text keeps its own blanks):\n";
+  document.write(std::cout);
+
+  const char* broken = "<list>\n  <item a='1'b='2'/>\n</list>";
+  std::istringstream bad(broken);
+  TourXmlDocument other;
+  KyXmlError::Reset();
+  other.read(bad);
+  KyXmlError::Severity severity;
+  int code;
+  int line;
+  const char* name = KyXmlError::Get(severity, code, line);
+  std::cout << "Reading a start tag with no blank between two attributes fails with " << (name ? name : "?")
+            << " (code " << code << ") on line " << line << ", and the document is left with "
+            << other.getNodes().getLength() << " nodes.\n";
+  KyXmlError::Reset();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -267,5 +323,6 @@ int main(int argc, char** argv) {
   TourContainers(words);
   TourNumbers(data);
   TourStrings(text);
+  TourXml(data);
   return 0;
 }
