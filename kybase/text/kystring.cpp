@@ -66,14 +66,16 @@ KyInternalString* KyString::MakeBody(bool multiByte, const char* text, int count
 }
 
 KyString& KyString::sharedEmptyString() {
+  // The two empty strings are never destroyed: a client's static object may still make
+  // empty strings while the process exits.
   if (!MultiByteNow()) {
-    static KyString emptySB(EmptyCString);
+    static KyString* const emptySB = new KyString(EmptyCString);
     emptySBPending = false;
-    return emptySB;
+    return *emptySB;
   }
-  static KyString emptyMB(EmptyCString);
+  static KyString* const emptyMB = new KyString(EmptyCString);
   emptyMBPending = false;
-  return emptyMB;
+  return *emptyMB;
 }
 
 KyString::KyString(KyInternalString* internal) : internalString(internal) { ++internal->refCount; }

@@ -132,10 +132,8 @@ void KyMBString::setValue(const char* text, bool copy, int /*count*/) {
 void KyMBString::setWideValue(const wchar_t* text, bool copy, int count, bool releaseOld) {
   const wchar_t* source = text == nullptr ? L"" : text;
   long n = count;
-  if (count < 0) {
-    n = static_cast<long>(std::wcslen(source));
-    if (n > kMaxLength) n = kMaxLength;
-  }
+  if (count < 0) n = static_cast<long>(std::wcslen(source));
+  if (n > kMaxLength) n = kMaxLength;
   wchar_t* wide;
   if (copy || text == nullptr) {
     wide = new wchar_t[static_cast<std::size_t>(n) + 1];

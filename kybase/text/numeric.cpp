@@ -516,6 +516,10 @@ bool KyNumeric::isZero() const { return PassesZeroTest(digits); }
 
 bool KyNumeric::isInteger() const {
   const int count = DigitCount(digits);
+  // Zero is never an integer here, whatever point position it was stored with.
+  int zeros = 0;
+  while (zeros < count && digits[zeros] == '0') ++zeros;
+  if (zeros == count) return false;
   if (pointPosition >= 1 && pointPosition <= 9 && count <= pointPosition) return true;
   // A text comparison: a fraction reads lower, so 2147483646.5 passes.
   if (pointPosition == 10) return CompareText(digits, count, kLongMaxText) <= 0;

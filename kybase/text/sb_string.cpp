@@ -19,10 +19,8 @@ KySBString::KySBString(const char* text, int count) { setText(text == nullptr ? 
 
 void KySBString::setText(const char* text, int count) {
   long n = count;
-  if (count < 0) {
-    n = static_cast<long>(std::strlen(text));
-    if (n > kMaxLength) n = kMaxLength;
-  }
+  if (count < 0) n = static_cast<long>(std::strlen(text));
+  if (n > kMaxLength) n = kMaxLength;
   char* buffer = new char[static_cast<std::size_t>(n) + 1];
   if (count < 0)
     std::memcpy(buffer, text, static_cast<std::size_t>(n));

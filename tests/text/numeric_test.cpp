@@ -208,7 +208,7 @@ TEST(Numeric, IntegerMeansAThirtyTwoBitLong) {
   } cases[] = {
       {KyNumeric(), false}, {"0", false},         {123L, true},           {"12.5", false},         {2147483647L, true},
       {2147483648L, false}, {-2147483647L, true}, {"2147483646.5", true}, {"2147483647.5", false}, {999999999L, true},
-      {"1e9", true},        {"5e9", false},       {"1e-5", false},
+      {"1e9", true},        {"5e9", false},       {"1e-5", false},         {"0.0e5", false},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(c.value.isInteger(), c.integer) << Text(c.value);
