@@ -1,7 +1,10 @@
 #include "kybase/xml/xml_node.h"
 
 #include <cstring>
+#include <new>
 #include <vector>
+
+#include "kybase/core/memory_manager.h"
 
 #include "kybase/xml/xml_document.h"
 #include "kybase/xml/xml_iterators.h"
@@ -120,7 +123,35 @@ const char* KyXmlElementI::getAttributeValue(const char* name) const {
   return attribute != nullptr ? attribute->getValue() : nullptr;
 }
 
-// Concrete leaves.
+// Concrete leaves. Their objects are small and made and dropped by the thousand in a
+// read, so they come from the memory manager's cells.
+
+namespace {
+
+void* NodeAlloc(std::size_t size) {
+  void* memory = KyMemoryManager::GetInstance().alloc(static_cast<unsigned int>(size));
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+void NodeRelease(void* pointer, std::size_t size) {
+  KyMemoryManager::GetInstance().release(pointer, static_cast<unsigned int>(size));
+}
+
+}  // namespace
+
+#define KY_XML_NODE_MEMORY(Node)                                                  \
+  void* Node::operator new(std::size_t size) { return NodeAlloc(size); }          \
+  void Node::operator delete(void* pointer, std::size_t size) { NodeRelease(pointer, size); }
+
+KY_XML_NODE_MEMORY(KyXmlAttribute)
+KY_XML_NODE_MEMORY(KyXmlComment)
+KY_XML_NODE_MEMORY(KyXmlText)
+KY_XML_NODE_MEMORY(KyXmlCData)
+KY_XML_NODE_MEMORY(KyXmlPI)
+KY_XML_NODE_MEMORY(KyXmlCharRef)
+
+#undef KY_XML_NODE_MEMORY
 
 KyXmlAttribute::KyXmlAttribute(const char* name, const char* value)
     : name(KyXmlCopyText(name)), value(KyXmlCopyText(value)) {}

@@ -11,6 +11,8 @@
 // recursion (a child element's own children are deleted just before it, so its
 // destructor finds its list of children empty).
 // KyXmlPI never frees its target: whoever stores a target keeps the duty to free it.
+// The concrete leaves (attribute, text, comment, CDATA, instruction, reference) take
+// their memory from KyMemoryManager; operator new fails with std::bad_alloc.
 //
 // Copying a node copies its fields member by member: texts and lists are shared, so
 // at most one of the copies may be destroyed.
@@ -20,6 +22,7 @@
 #ifndef KYBASE_XML_XML_NODE_H
 #define KYBASE_XML_XML_NODE_H
 
+#include <cstddef>
 #include <iosfwd>
 
 #include "kybase/containers/typed_lists.h"
@@ -165,6 +168,9 @@ class KY_EXPORT KyXmlAttribute : public KyXmlAttributeI {
   KyXmlAttribute& operator=(const KyXmlAttribute&) = default;
   ~KyXmlAttribute() override;
 
+  static void* operator new(std::size_t size);
+  static void operator delete(void* pointer, std::size_t size);
+
   const char* getName() const override { return name; }
   void storeName(char* newName) override;
   const char* getValue() const override { return value; }
@@ -182,6 +188,9 @@ class KY_EXPORT KyXmlComment : public KyXmlCommentI {
   KyXmlComment& operator=(const KyXmlComment&) = default;
   ~KyXmlComment() override;
 
+  static void* operator new(std::size_t size);
+  static void operator delete(void* pointer, std::size_t size);
+
   const char* getComment() const override { return text; }
   void storeComment(char* newText) override;
 
@@ -195,6 +204,9 @@ class KY_EXPORT KyXmlText : public KyXmlTextI {
   KyXmlText(const KyXmlText&) = default;
   KyXmlText& operator=(const KyXmlText&) = default;
   ~KyXmlText() override;
+
+  static void* operator new(std::size_t size);
+  static void operator delete(void* pointer, std::size_t size);
 
   const char* getText() const override { return text; }
   void storeText(char* newText) override;
@@ -212,6 +224,9 @@ class KY_EXPORT KyXmlCData : public KyXmlCDataI {
   KyXmlCData& operator=(const KyXmlCData&) = default;
   ~KyXmlCData() override;
 
+  static void* operator new(std::size_t size);
+  static void operator delete(void* pointer, std::size_t size);
+
   const char* getData() const override { return data; }
   void storeData(char* newData) override;
 
@@ -227,6 +242,9 @@ class KY_EXPORT KyXmlPI : public KyXmlPII {
   KyXmlPI(const KyXmlPI&) = default;
   KyXmlPI& operator=(const KyXmlPI&) = default;
   ~KyXmlPI() override;
+
+  static void* operator new(std::size_t size);
+  static void operator delete(void* pointer, std::size_t size);
 
   const char* getTarget() const override { return target; }
   void storeTarget(char* newTarget) override;
@@ -246,6 +264,9 @@ class KY_EXPORT KyXmlCharRef : public KyXmlCharRefI {
   KyXmlCharRef(const KyXmlCharRef&) = default;
   KyXmlCharRef& operator=(const KyXmlCharRef&) = default;
   ~KyXmlCharRef() override;
+
+  static void* operator new(std::size_t size);
+  static void operator delete(void* pointer, std::size_t size);
 
   int getRefCode() const override { return code; }
   void setRefCode(int newCode) override;

@@ -1,6 +1,7 @@
 #include <strings.h>
 
 #include <cstring>
+#include <string>
 #include <istream>
 #include <typeinfo>
 
@@ -64,6 +65,13 @@ char* EncodeUtf8(const KyXmlUnit* at, const KyXmlUnit* end, char* out) {
   return out;
 }
 
+// Appends the UTF-8 form of the units [at, end) to `out`.
+void AppendUtf8(std::string& out, const KyXmlUnit* at, const KyXmlUnit* end) {
+  std::size_t size = out.size();
+  out.resize(size + 3 * static_cast<std::size_t>(end - at));
+  out.resize(static_cast<std::size_t>(EncodeUtf8(at, end, &out[0] + size) - out.data()));
+}
+
 }  // namespace
 
 // Conversions.
@@ -91,6 +99,16 @@ std::size_t KyXmlParser::toUtf16(const unsigned char* bytes, std::size_t count, 
   const unsigned char* stop = bytes + count;
   KyXmlUnit* out = units;
   while (at < stop) {
+    // Runs of ASCII, the common case, eight bytes at a time.
+    while (stop - at >= 8) {
+      std::uint64_t eight;
+      std::memcpy(&eight, at, 8);
+      if (eight & 0x8080808080808080u) break;
+      for (int i = 0; i < 8; ++i) out[i] = at[i];
+      at += 8;
+      out += 8;
+    }
+    if (at == stop) break;
     unsigned lead = *at;
     if (lead < 0x80) {
       *out++ = static_cast<KyXmlUnit>(lead);
@@ -710,10 +728,7 @@ bool KyXmlParser::parseAttValue(char*& value) {
     delete reference;
     // An unknown reference stays in the value as the text it was.
     if (code == kUnknownReference) continue;
-    std::size_t size = 0;
-    char* text = run.toUtf8(at, 0, &size);
-    valueText.append(text, size);
-    delete[] text;
+    AppendUtf8(valueText, run.start, at);
     valueText.push_back(static_cast<char>(code & 0xFF));
     resolved = true;
     run.start = cursor;
@@ -722,12 +737,10 @@ bool KyXmlParser::parseAttValue(char*& value) {
     value = run.toUtf8(cursor, 1);
     return true;
   }
-  std::size_t size = 0;
-  char* last = run.toUtf8(cursor, 1, &size);
-  value = new char[valueText.size() + size + 1];
+  AppendUtf8(valueText, run.start, cursor - 1);
+  value = new char[valueText.size() + 1];
   std::memcpy(value, valueText.data(), valueText.size());
-  std::memcpy(value + valueText.size(), last, size + 1);
-  delete[] last;
+  value[valueText.size()] = '\0';
   return true;
 }
 
@@ -870,11 +883,19 @@ bool KyXmlParser::parseReference(KyXmlCharRefI*& reference) {
 int KyXmlParser::resolveCharRef(KyXmlCharRefI* reference) const {
   const char* name = reference->getRefName();
   if (name == nullptr) return reference->getRefCode() & 0xFFFF;
-  // "quote" is the apostrophe; "quot" and "apos" are not known. Kept as it was.
-  if (strcasecmp(name, "gt") == 0) return '>';
-  if (strcasecmp(name, "lt") == 0) return '<';
-  if (strcasecmp(name, "amp") == 0) return '&';
-  if (strcasecmp(name, "quote") == 0) return '\'';
+  // Four names, compared without regard to ASCII case. "quote" is the apostrophe;
+  // "quot" and "apos" are not known. Kept as it was.
+  char folded[6];
+  std::size_t size = 0;
+  for (; name[size] != '\0'; ++size) {
+    if (size == 5) return kUnknownReference;
+    folded[size] = Lower(static_cast<unsigned char>(name[size]));
+  }
+  folded[size] = '\0';
+  if (std::strcmp(folded, "gt") == 0) return '>';
+  if (std::strcmp(folded, "lt") == 0) return '<';
+  if (std::strcmp(folded, "amp") == 0) return '&';
+  if (std::strcmp(folded, "quote") == 0) return '\'';
   return kUnknownReference;
 }
 
@@ -886,9 +907,8 @@ bool KyXmlParser::parseEndTag(KyXmlElementI* closing) {
     return false;
   }
   // The name is compared in UTF-8 in a scratch buffer: it is not kept.
-  std::size_t size = static_cast<std::size_t>(cursor - mark.start);
-  scratch.resize(3 * size);
-  scratch.resize(static_cast<std::size_t>(EncodeUtf8(mark.start, cursor, &scratch[0]) - scratch.data()));
+  scratch.clear();
+  AppendUtf8(scratch, mark.start, cursor);
   const char* tag = closing->getTag();
   if (tag == nullptr || std::strcmp(tag, scratch.c_str()) != 0) {
     fail(KyXmlError::kEndTagNotMatched);

@@ -12,68 +12,88 @@
 
 namespace {
 
+// Bytes go straight to the stream's buffer; as with the stream's own output, nothing
+// is written once the stream has failed, and a short write marks it bad.
+void Put(std::ostream& stream, const char* bytes, std::size_t size) {
+  if (size == 0 || !stream.good()) return;
+  auto wanted = static_cast<std::streamsize>(size);
+  if (stream.rdbuf()->sputn(bytes, wanted) != wanted) stream.setstate(std::ios::badbit);
+}
+
+void Put(std::ostream& stream, char byte) { Put(stream, &byte, 1); }
+
+template <std::size_t N>
+void Put(std::ostream& stream, const char (&literal)[N]) {
+  Put(stream, literal, N - 1);
+}
+
 // A line end flushes, so a reader of a pipe sees each line as it is made.
 void LineEnd(std::ostream& stream) {
-  stream.put('\n');
+  Put(stream, '\n');
   stream.flush();
 }
 
 void Blanks(std::ostream& stream, unsigned long count) {
   static const char kBlanks[] = "                                                                ";
   constexpr unsigned long kChunk = sizeof(kBlanks) - 1;
-  for (; count > kChunk; count -= kChunk) stream.write(kBlanks, kChunk);
-  stream.write(kBlanks, static_cast<std::streamsize>(count));
+  for (; count > kChunk; count -= kChunk) Put(stream, kBlanks, kChunk);
+  Put(stream, kBlanks, count);
 }
 
 void Raw(std::ostream& stream, const char* text) {
-  if (text != nullptr) stream.write(text, static_cast<std::streamsize>(std::strlen(text)));
+  if (text != nullptr) Put(stream, text, std::strlen(text));
 }
 
-bool IsPlainElement(const KyXmlNodeI& node) { return typeid(node) == typeid(KyXmlElement); }
+bool IsPlainElement(const KyXmlNodeI& node) {
+  return node.getType() == KyXmlNodeI::Element && typeid(node) == typeid(KyXmlElement);
+}
+
+// The bytes that the escaping writer replaces, and the end of a text.
+struct EscapeTable {
+  bool stops[256] = {};
+  EscapeTable() { stops[0] = stops['&'] = stops['<'] = stops['>'] = true; }
+};
+
+const EscapeTable kEscapes;
 
 }  // namespace
 
 std::ostream& operator<<(std::ostream& stream, const KyXmlString& string) {
-  const char* text = string.text;
-  if (text == nullptr) return stream;
-  const char* run = text;
-  const char* at = text;
-  for (; *at != '\0'; ++at) {
-    const char* escape;
-    switch (*at) {
+  const char* at = string.text;
+  if (at == nullptr) return stream;
+  for (;;) {
+    const char* run = at;
+    while (!kEscapes.stops[static_cast<unsigned char>(*at)]) ++at;
+    Put(stream, run, static_cast<std::size_t>(at - run));
+    switch (*at++) {
       case '&':
-        escape = "&amp;";
+        Put(stream, "&amp;");
         break;
       case '<':
-        escape = "&lt;";
+        Put(stream, "&lt;");
         break;
       case '>':
-        escape = "&gt;";
+        Put(stream, "&gt;");
         break;
       default:
-        continue;
+        return stream;
     }
-    stream.write(run, at - run);
-    Raw(stream, escape);
-    run = at + 1;
   }
-  stream.write(run, at - run);
-  return stream;
 }
 
 std::ostream& KyXmlDocumentI::write(std::ostream& stream) const {
-  stream << "<?xml version=\"";
+  Put(stream, "<?xml version=\"");
   Raw(stream, getVersion());
-  stream << "\"?>";
+  Put(stream, "\"?>");
   LineEnd(stream);
   if (const char* name = getDoctypeName()) {
-    stream << "<!DOCTYPE ";
+    Put(stream, "<!DOCTYPE ");
     Raw(stream, name);
     if (const char* rest = getDoctypeRest()) {
-      stream.put(' ');
+      Put(stream, ' ');
       Raw(stream, rest);
     }
-    stream.put('>');
+    Put(stream, '>');
     LineEnd(stream);
   }
   KyXmlElementI::ResetIndent();
@@ -93,7 +113,7 @@ namespace {
 
 void OpenTag(const KyXmlElementI& element, std::ostream& stream) {
   Blanks(stream, KyXmlElementI::GetIndent());
-  stream.put('<');
+  Put(stream, '<');
   Raw(stream, element.getTag());
   element.writeAttributes(stream);
 }
@@ -101,11 +121,11 @@ void OpenTag(const KyXmlElementI& element, std::ostream& stream) {
 void CloseTag(const KyXmlElementI& element, bool hadChildren, std::ostream& stream) {
   if (hadChildren) {
     Blanks(stream, KyXmlElementI::GetIndent());
-    stream << "</";
+    Put(stream, "</");
     Raw(stream, element.getTag());
-    stream.put('>');
+    Put(stream, '>');
   } else {
-    stream << "/>";
+    Put(stream, "/>");
   }
   LineEnd(stream);
 }
@@ -149,7 +169,7 @@ std::ostream& KyXmlElementI::write(std::ostream& stream) const {
     auto* child = static_cast<KyXmlNodeI*>(top.next->getValue());
     top.next = top.next->getNext();
     if (!top.hadChildren) {
-      stream.put('>');
+      Put(stream, '>');
       LineEnd(stream);
       top.hadChildren = true;
     }
@@ -171,7 +191,7 @@ void KyXmlElementI::writeAttributes(std::ostream& stream) const {
   if (iterator == nullptr) return;
   while (iterator->hasMoreNodes()) {
     KyXmlNodeI* attribute = iterator->getNextNode();
-    stream.put(' ');
+    Put(stream, ' ');
     if (attribute != nullptr) attribute->write(stream);
   }
   delete iterator;
@@ -184,7 +204,7 @@ bool KyXmlElementI::writeChildren(std::ostream& stream) const {
   while (iterator->hasMoreNodes()) {
     KyXmlNodeI* child = iterator->getNextNode();
     if (!wrote) {
-      stream.put('>');
+      Put(stream, '>');
       LineEnd(stream);
       wrote = true;
     }
@@ -201,7 +221,9 @@ std::ostream& KyXmlAttributeI::write(std::ostream& stream) const {
 
 void KyXmlAttributeI::Write(std::ostream& stream, const char* name, const char* value) {
   Raw(stream, name);
-  stream << "=\"" << KyXmlString(value) << '"';
+  Put(stream, "=\"");
+  stream << KyXmlString(value);
+  Put(stream, '"');
 }
 
 void KyXmlAttributeI::Write(std::ostream& stream, const char* name, long value) {
@@ -217,17 +239,17 @@ void KyXmlAttributeI::Write(std::ostream& stream, const char* name, double value
 std::ostream& KyXmlTextI::write(std::ostream& stream) const { return stream << KyXmlString(getText()); }
 
 std::ostream& KyXmlCommentI::write(std::ostream& stream) const {
-  stream << "<!--";
+  Put(stream, "<!--");
   Raw(stream, getComment());
-  stream << "-->";
+  Put(stream, "-->");
   LineEnd(stream);
   return stream;
 }
 
 std::ostream& KyXmlCDataI::write(std::ostream& stream) const {
-  stream << "<![CDATA[";
+  Put(stream, "<![CDATA[");
   Raw(stream, getData());
-  stream << "]]>";
+  Put(stream, "]]>");
   LineEnd(stream);
   return stream;
 }
