@@ -2,7 +2,8 @@
 // libxml2 building its tree and expat calling handlers that build nothing; then
 // writing the tree back, against libxml2's serialiser. Each document comes in a flat
 // shape (one root over many records) and a deep one (chains 200 elements deep); both
-// carry attributes, text and references. Documents are made once, on first use.
+// carry attributes, text and references. Documents are made once, on first use;
+// writing is measured on the 1 MB documents.
 #include <benchmark/benchmark.h>
 #include <expat.h>
 #include <libxml/parser.h>
@@ -153,8 +154,12 @@ int Register() {
   for (int which = 0; which < 4; ++which) {
     const std::string tail = std::string("/") + kNames[which];
     for (auto [name, function] : {std::pair{"Parse_Ky", Parse_Ky}, {"Parse_Base_libxml2", Parse_Base_libxml2},
-                                  {"Parse_Base_expat", Parse_Base_expat}, {"Write_Ky", Write_Ky},
-                                  {"Write_Base_libxml2", Write_Base_libxml2}})
+                                  {"Parse_Base_expat", Parse_Base_expat}})
+      benchmark::RegisterBenchmark((name + tail).c_str(), function, which)->Unit(benchmark::kMillisecond);
+    // Writing scales with the output alone; the 1 MB documents show it, and keep the
+    // one-iteration run short.
+    if (which >= 2) continue;
+    for (auto [name, function] : {std::pair{"Write_Ky", Write_Ky}, {"Write_Base_libxml2", Write_Base_libxml2}})
       benchmark::RegisterBenchmark((name + tail).c_str(), function, which)->Unit(benchmark::kMillisecond);
   }
   return 0;
