@@ -128,15 +128,20 @@ const char* KyXmlElementI::getAttributeValue(const char* name) const {
 
 namespace {
 
+// The manager outlives its own destruction as an object that sends requests to the
+// heap and ignores releases, so the reference stays good for late destructors.
+KyMemoryManager& Manager() {
+  static KyMemoryManager& manager = KyMemoryManager::GetInstance();
+  return manager;
+}
+
 void* NodeAlloc(std::size_t size) {
-  void* memory = KyMemoryManager::GetInstance().alloc(static_cast<unsigned int>(size));
+  void* memory = Manager().alloc(static_cast<unsigned int>(size));
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
 
-void NodeRelease(void* pointer, std::size_t size) {
-  KyMemoryManager::GetInstance().release(pointer, static_cast<unsigned int>(size));
-}
+void NodeRelease(void* pointer, std::size_t size) { Manager().release(pointer, static_cast<unsigned int>(size)); }
 
 }  // namespace
 
