@@ -178,43 +178,37 @@ void KyString::reserve(int n) {
 }
 
 int KyString::compare(const KyString& other, int start, int end, int otherStart, int otherEnd) const {
-  if (isEmpty() && other.isEmpty()) return 0;
-  const int mix = mixing(other);
-  if (mix < 0) return -1;
-  end = KyClampEnd(end, internalString->length);
-  otherEnd = KyClampEnd(otherEnd, other.internalString->length);
-  if (end < start) {
-    std::cerr << "KyString::compare: 2nd parameter is greater than 3rd one." << std::endl;
-    return -1;
-  }
-  if (otherEnd < otherStart) {
-    std::cerr << "KyString::compare: 4th parameter is greater than 5th one." << std::endl;
-    return -1;
-  }
-  if (internalString == other.internalString && start == otherStart && end == otherEnd) return 0;
-  if (mix == 0) return internalString->compare(*other.internalString, start, end, otherStart, otherEnd);
-  KyMBString temporary(other.getValue());
-  return internalString->compare(temporary, start, end, otherStart, otherEnd);
+  return compareRanges(other, start, end, otherStart, otherEnd, false);
 }
 
 int KyString::caseCompare(const KyString& other, int start, int end, int otherStart, int otherEnd) const {
+  return compareRanges(other, start, end, otherStart, otherEnd, true);
+}
+
+int KyString::compareRanges(const KyString& other, int start, int end, int otherStart, int otherEnd,
+                            bool ignoreCase) const {
   if (isEmpty() && other.isEmpty()) return 0;
   const int mix = mixing(other);
   if (mix < 0) return -1;
+  const char* name = ignoreCase ? "KyString::caseCompare" : "KyString::compare";
   end = KyClampEnd(end, internalString->length);
   otherEnd = KyClampEnd(otherEnd, other.internalString->length);
   if (end < start) {
-    std::cerr << "KyString::caseCompare: 2nd parameter is greater than 3rd one." << std::endl;
+    std::cerr << name << ": 2nd parameter is greater than 3rd one." << std::endl;
     return -1;
   }
   if (otherEnd < otherStart) {
-    std::cerr << "KyString::caseCompare: 4th parameter is greater than 5th one." << std::endl;
+    std::cerr << name << ": 4th parameter is greater than 5th one." << std::endl;
     return -1;
   }
   if (internalString == other.internalString && start == otherStart && end == otherEnd) return 0;
-  if (mix == 0) return internalString->caseCompare(*other.internalString, start, end, otherStart, otherEnd);
+  auto against = [&](const KyInternalString& right) {
+    return ignoreCase ? internalString->caseCompare(right, start, end, otherStart, otherEnd)
+                      : internalString->compare(right, start, end, otherStart, otherEnd);
+  };
+  if (mix == 0) return against(*other.internalString);
   KyMBString temporary(other.getValue());
-  return internalString->caseCompare(temporary, start, end, otherStart, otherEnd);
+  return against(temporary);
 }
 
 bool KyString::equals(const KyString& other, int start, int end, int otherStart, int otherEnd) const {

@@ -123,6 +123,8 @@ class KY_EXPORT KyString {
   // 0 when other has this string's kind, 1 when it may be taken through a temporary
   // KyMBString, -1 when the call must give up.
   int mixing(const KyString& other) const;
+  // compare() and caseCompare(): the same checks and messages, then one of the two.
+  int compareRanges(const KyString& other, int start, int end, int otherStart, int otherEnd, bool ignoreCase) const;
   void unshare();
   void reserve(int n);
   // Empties the string and appends count bytes of text read by a stream operator.
