@@ -485,7 +485,6 @@ bool KyXmlParser::parseDoctype() {
 // unit, or the end of the text, is an early end.
 bool KyXmlParser::skipTo(KyXmlUnit wanted) {
   for (;;) {
-    if (cursor == end) truncated = true;
     KyXmlUnit unit = nextChar();
     if (unit == 0) {
       fail(KyXmlError::kEarlyEndOfDocument);

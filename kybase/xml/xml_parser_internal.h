@@ -113,8 +113,8 @@ class KyXmlParser {
   // Last place whose line was counted, so that counting stays linear.
   const KyXmlUnit* linePlace = nullptr;
   int lineNumber = 1;
-  // Set when a construct reached the true end of the text unclosed: the read then
-  // ends with an empty document.
+  // Set when an instruction runs to the true end of the text: the read then ends with
+  // an empty document, after the root as well.
   bool truncated = false;
   std::vector<OpenElement> open;
   // Elements whose end tag never came: attached nowhere, deleted with the parser.
