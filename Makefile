@@ -5,7 +5,7 @@ PACKAGES := cmake ninja-build g++ clang libclang-rt-14-dev pkg-config zlib1g-dev
 BUILD    ?= build
 JOBS     ?= $(shell nproc)
 
-.PHONY: deps demo check test asan bench fuzz clean
+.PHONY: deps demo check test asan clang bench fuzz clean
 
 deps:
 	@missing=""; for p in $(PACKAGES); do \
@@ -31,8 +31,14 @@ asan: deps
 	cmake --build $(BUILD)/asan -j $(JOBS)
 	tools/run_tests.sh $(BUILD)/asan sanitizers
 
-check: test asan
-	@tools/run_tests.sh --summary $(BUILD)/check $(BUILD)/asan
+# The same suite built by clang, so that both supported compilers stay warning-free.
+clang: deps
+	CC=clang CXX=clang++ cmake -S . -B $(BUILD)/clang -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKYBASE_WERROR=ON -DKYBASE_BENCH=OFF
+	cmake --build $(BUILD)/clang -j $(JOBS)
+	tools/run_tests.sh $(BUILD)/clang clang
+
+check: test asan clang
+	@tools/run_tests.sh --summary $(BUILD)/check $(BUILD)/asan $(BUILD)/clang
 
 bench: deps
 	cmake -S . -B $(BUILD)/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DKYBASE_TESTS=OFF

@@ -13,6 +13,7 @@
 #include <sstream>
 #include <streambuf>
 #include <string>
+#include <utility>
 
 #include "kybase/xml/xml_document.h"
 #include "kybase/xml/xml_error.h"
@@ -150,16 +151,19 @@ void Write_Base_libxml2(benchmark::State& state, int which) {
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * written));
 }
 
+using Function = void (*)(benchmark::State&, int);
+using Entry = std::pair<const char*, Function>;
+
 int Register() {
   for (int which = 0; which < 4; ++which) {
     const std::string tail = std::string("/") + kNames[which];
-    for (auto [name, function] : {std::pair{"Parse_Ky", Parse_Ky}, {"Parse_Base_libxml2", Parse_Base_libxml2},
-                                  {"Parse_Base_expat", Parse_Base_expat}})
+    for (auto [name, function] : {Entry{"Parse_Ky", Parse_Ky}, Entry{"Parse_Base_libxml2", Parse_Base_libxml2},
+                                  Entry{"Parse_Base_expat", Parse_Base_expat}})
       benchmark::RegisterBenchmark((name + tail).c_str(), function, which)->Unit(benchmark::kMillisecond);
     // Writing scales with the output alone; the 1 MB documents show it, and keep the
     // one-iteration run short.
     if (which >= 2) continue;
-    for (auto [name, function] : {std::pair{"Write_Ky", Write_Ky}, {"Write_Base_libxml2", Write_Base_libxml2}})
+    for (auto [name, function] : {Entry{"Write_Ky", Write_Ky}, Entry{"Write_Base_libxml2", Write_Base_libxml2}})
       benchmark::RegisterBenchmark((name + tail).c_str(), function, which)->Unit(benchmark::kMillisecond);
   }
   return 0;

@@ -2,6 +2,7 @@
 // It pretty-prints structure (line ends and indentation around elements) and leaves
 // instructions and character references out.
 #include <cstring>
+#include <initializer_list>
 #include <ostream>
 #include <typeinfo>
 #include <vector>
@@ -51,7 +52,9 @@ bool IsPlainElement(const KyXmlNodeI& node) {
 // The bytes that the escaping writer replaces, and the end of a text.
 struct EscapeTable {
   bool stops[256] = {};
-  EscapeTable() { stops[0] = stops['&'] = stops['<'] = stops['>'] = true; }
+  EscapeTable() {
+    for (unsigned char c : {'\0', '&', '<', '>'}) stops[c] = true;
+  }
 };
 
 const EscapeTable kEscapes;

@@ -124,7 +124,8 @@ TEST_P(KyStringBodyTest, CopiesShareAndEditsUnshare) {
   }
   EXPECT_EQ(RefCount(s), 1);
   KyInternalString* before = s.getInternalString();
-  s = s;
+  KyString& alias = s;
+  s = alias;
   EXPECT_EQ(s.getInternalString(), before);
   EXPECT_EQ(RefCount(s), 1);
   s.toLower();  // the only owner edits in place
