@@ -366,9 +366,11 @@ bool KyXmlParser::parseXmlDecl() {
   return true;
 }
 
-bool KyXmlParser::parseVersionInfo() {
+// The head of a pseudo-attribute of the declaration: blanks, `name`, "=" with optional
+// blanks around it. On a mismatch the cursor goes back to where it stood.
+bool KyXmlParser::parseDeclHead(const char* name) {
   const KyXmlUnit* start = cursor;
-  if (!skipSpace() || !matchLiteral("version")) {
+  if (!skipSpace() || !matchLiteral(name)) {
     cursor = start;
     return false;
   }
@@ -378,6 +380,11 @@ bool KyXmlParser::parseVersionInfo() {
     return false;
   }
   skipSpace();
+  return true;
+}
+
+bool KyXmlParser::parseVersionInfo() {
+  if (!parseDeclHead("version")) return false;
   if (KyXmlError::IsSet()) return false;
   KyXmlUnit quote = nextChar();
   if (!IsQuote(quote) || !parseVersionNum() || nextChar() != quote) {
@@ -401,17 +408,7 @@ bool KyXmlParser::parseVersionNum() {
 }
 
 bool KyXmlParser::parseEncodingDecl() {
-  const KyXmlUnit* start = cursor;
-  if (!skipSpace() || !matchLiteral("encoding")) {
-    cursor = start;
-    return false;
-  }
-  skipSpace();
-  if (!expectChar('=')) {
-    cursor = start;
-    return false;
-  }
-  skipSpace();
+  if (!parseDeclHead("encoding")) return false;
   KyXmlUnit quote = nextChar();
   if (!IsQuote(quote)) {
     fail(KyXmlError::kInvalidEncodingDeclaration);
@@ -431,17 +428,7 @@ bool KyXmlParser::parseEncodingDecl() {
 }
 
 bool KyXmlParser::parseSDDecl() {
-  const KyXmlUnit* start = cursor;
-  if (!skipSpace() || !matchLiteral("standalone")) {
-    cursor = start;
-    return false;
-  }
-  skipSpace();
-  if (!expectChar('=')) {
-    cursor = start;
-    return false;
-  }
-  skipSpace();
+  if (!parseDeclHead("standalone")) return false;
   KyXmlUnit quote = nextChar();
   if (IsQuote(quote) && (matchLiteral("yes") || matchLiteral("no")) && nextChar() == quote) return true;
   fail(KyXmlError::kInvalidSdDeclaration);

@@ -74,6 +74,7 @@ class KyXmlParser {
   void parseProlog();
   bool parseMisc();
   bool parseXmlDecl();
+  bool parseDeclHead(const char* name);
   bool parseVersionInfo();
   bool parseVersionNum();
   bool parseEncodingDecl();
