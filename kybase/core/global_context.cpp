@@ -17,6 +17,7 @@ namespace {
 int FreeCallbackSwitch = -1;
 int CPULsb = -1;
 void (*ModuleShutdownHook)() = nullptr;
+void (*LocaleReleaseHook)(KyLocaleExtension*) = nullptr;
 
 int ReadFreeCallbackSwitch() {
   const char* value = std::getenv("KY_CALL_FREE_CALLBACKS");
@@ -42,6 +43,8 @@ bool KyGlobalContext::IsCPULsb() {
 }
 
 void KyGlobalContext::SetModuleShutdownHook(void (*hook)()) { ModuleShutdownHook = hook; }
+
+void KyGlobalContext::SetLocaleReleaseHook(void (*hook)(KyLocaleExtension*)) { LocaleReleaseHook = hook; }
 
 KyGlobalContext::KyGlobalContext() {
   symbols = new KyStringHashTable(31);
@@ -97,6 +100,9 @@ KyGlobalContext::~KyGlobalContext() {
   values = nullptr;
   delete symbols;
   symbols = nullptr;
+
+  if (locale != nullptr && LocaleReleaseHook != nullptr) LocaleReleaseHook(locale);
+  locale = nullptr;
 }
 
 bool KyGlobalContext::addValue(void* value, void* key, void* owner) {

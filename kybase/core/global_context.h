@@ -40,6 +40,9 @@ class KY_EXPORT KyGlobalContext {
   // Registers the module loader's shut-down routine, run at step 8 of destruction
   // (after the free callbacks, before the symbols). Core knows nothing else of it.
   static void SetModuleShutdownHook(void (*hook)());
+  // Registers the locale layer's release of the context's locale reference, run at
+  // step 13 of destruction. setLocale registers it; core never includes a locale header.
+  static void SetLocaleReleaseHook(void (*hook)(KyLocaleExtension*));
 
   virtual ~KyGlobalContext();
   KyGlobalContext(const KyGlobalContext&) = delete;
@@ -57,6 +60,14 @@ class KY_EXPORT KyGlobalContext {
   void removeFreeCallback(void (*callback)());
 
   KySymbol* findSymbol(const char* name) const;
+
+  // The locale the context holds one lock on (defined in the locale layer). getLocale
+  // first makes "C" the default KyLocale, then returns the field: null until a client
+  // calls setLocale, which locks the new extension before unlocking the old one, so
+  // setting the same extension again is harmless. setLocale(nullptr) changes nothing.
+  KyLocaleExtension* getLocale() const;
+  void setLocale(KyLocaleExtension* extension);
+  bool hasLocale() const { return locale != nullptr; }
 
  protected:
   KyGlobalContext();

@@ -1,0 +1,25 @@
+// The global context's locale reference. Core declares these operations; they live
+// here because they need KyLocale and KyLocaleExtension, which core may not include.
+#include "kybase/core/global_context.h"
+#include "kybase/locale/kylocale.h"
+
+namespace {
+
+void ReleaseLocale(KyLocaleExtension* extension) { extension->unlock(); }
+
+}  // namespace
+
+KyLocaleExtension* KyGlobalContext::getLocale() const {
+  if (locale == nullptr) KySetLocale("C");
+  return locale;
+}
+
+void KyGlobalContext::setLocale(KyLocaleExtension* extension) {
+  if (extension == nullptr) return;
+  SetLocaleReleaseHook(ReleaseLocale);
+  extension->lock();
+  if (locale != nullptr) locale->unlock();
+  locale = extension;
+  // The home path and the module path are made again here, as at construction, once
+  // the context holds them.
+}
