@@ -27,5 +27,7 @@
 #include "kybase/xml/xml_factory.h"
 #include "kybase/xml/xml_iterators.h"
 #include "kybase/xml/xml_node.h"
+#include "kybase/url/ky_zlib.h"
+#include "kybase/url/url_stream.h"
 
 #endif  // KYBASE_KYBASE_H
