@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fstream>
 #include <iostream>
+#include <memory>
 #include <set>
 #include <sstream>
 #include <string>
@@ -306,6 +307,29 @@ void TourXml(const std::string& data) {
   KyXmlError::Reset();
 }
 
+void TourLocale() {
+  Heading("Locales");
+  // Each KyLocale moves the process locale; remember it to put it back at the end.
+  const std::string saved = std::setlocale(LC_ALL, nullptr);
+  KyLocale* environment = KyLocale::Get(true, nullptr);
+  if (environment != nullptr) {
+    std::unique_ptr<char[]> name(environment->getStdLocaleName(kCategoryCType));
+    std::cout << "environment: " << environment->getSystemLocaleName(kCategoryCType) << " -> "
+              << (name ? name.get() : "(not standard)") << "\n";
+  }
+  for (const char* system : {"C", "C.UTF-8", "French_France.1252"}) {
+    std::unique_ptr<char[]> name(KyLocale::GetStdLocaleName(system));
+    std::cout << system << " -> " << (name ? name.get() : "(unknown)") << "\n";
+  }
+  KyLocale* utf8 = KySetLocale("C.UTF-8");
+  if (utf8 != nullptr)
+    std::cout << "C.UTF-8: encoding " << KyLocale::GetEncodingName(utf8->getEncoding()) << ", up to "
+              << utf8->getMaxCharSize() << " bytes a character, ISO-8859-1 text "
+              << (utf8->isEncodingCompatible(kISO8859_1) == kNotCompatible ? "not compatible" : "compatible") << "\n";
+  std::setlocale(LC_ALL, saved.c_str());
+  std::cout << "process locale put back to " << saved << "\n";
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -324,5 +348,6 @@ int main(int argc, char** argv) {
   TourNumbers(data);
   TourStrings(text);
   TourXml(data);
+  TourLocale();
   return 0;
 }
