@@ -2,6 +2,7 @@
 # then builds with CMake and Ninja.
 PACKAGES := cmake ninja-build g++ clang libclang-rt-14-dev pkg-config zlib1g-dev \
             libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libexpat1-dev locales \
+            python3 python3-pyftpdlib zip \
             gcovr libpugixml-dev
 BUILD    ?= build
 JOBS     ?= $(shell nproc)
