@@ -1,8 +1,9 @@
 // kyxml FILE: reads an XML file with the library's reader and prints the tree with its
 // writer. On a fault prints "FILE:LINE: NAME" (the code number when the code has no
-// name) on standard error and exits with 1.
+// name) on standard error and exits with 1. --help and --version answer as usual.
 #include <kybase/kybase.h>
 
+#include <cstring>
 #include <fstream>
 #include <iostream>
 
@@ -19,11 +20,35 @@ class Document : public KyXmlDocument {
   KyXmlPII* createPI() const override { return new Instruction; }
 };
 
+constexpr char kUsage[] = "usage: kyxml FILE\n";
+
+constexpr char kHelp[] =
+    "Reads the XML document FILE with the kybase reader and writes the tree it built\n"
+    "to standard output with the kybase writer, in UTF-8.\n"
+    "\n"
+    "  --help     print this text and exit\n"
+    "  --version  print the version and exit\n"
+    "\n"
+    "On a fault of the document, prints FILE:LINE: and the name of the XML error\n"
+    "(its number when the error has no name) on standard error.\n"
+    "\n"
+    "Exit status: 0 the tree was written; 1 FILE cannot be opened or the reader\n"
+    "recorded an error; 2 wrong arguments.\n";
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::cerr << "usage: kyxml FILE\n";
+  if (argc == 2 && std::strcmp(argv[1], "--help") == 0) {
+    std::cout << kUsage << kHelp;
+    return 0;
+  }
+  if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+    std::cout << "kyxml (kybase) " << KYBASE_VERSION << '\n';
+    return 0;
+  }
+  // A file whose name starts with "--" is still reachable as ./--name.
+  if (argc != 2 || std::strncmp(argv[1], "--", 2) == 0) {
+    std::cerr << kUsage;
     return 2;
   }
   std::ifstream file(argv[1], std::ios::binary);
