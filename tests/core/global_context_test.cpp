@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "kybase/containers/symbol.h"
 
@@ -17,30 +18,20 @@ TEST(GlobalContext, ValueRegistryErrorNumbers) {
   void* other = P(0x2000);
   void* value = P(1);
 
-  EXPECT_TRUE(context.addValue(P(10), P(1), owner));
-  EXPECT_EQ(KyGlobalContext::GetError(), 0);
-  EXPECT_FALSE(context.addValue(P(11), P(1), owner));
-  EXPECT_EQ(KyGlobalContext::GetError(), 1);
-  EXPECT_TRUE(context.addValue(P(12), P(1), other));
-
-  EXPECT_TRUE(context.getValue(value, P(1), owner));
-  EXPECT_EQ(value, P(10));
-  EXPECT_FALSE(context.getValue(value, P(1), P(0x3000)));
-  EXPECT_EQ(KyGlobalContext::GetError(), 2);
+  // Each step, in order, with the error number it leaves: 0 done, 1 taken, 2 unknown
+  // owner, 3 unknown key, 4 other value.
+  auto step = [](bool done) { return std::make_pair(done, KyGlobalContext::GetError()); };
+  const std::pair<bool, int> steps[] = {
+      step(context.addValue(P(10), P(1), owner)),         step(context.addValue(P(11), P(1), owner)),
+      step(context.addValue(P(12), P(1), other)),         step(context.getValue(value, P(1), P(0x3000))),
+      step(context.getValue(value, P(2), owner)),         step(context.replaceValue(P(13), P(2), owner)),
+      step(context.replaceValue(P(13), P(2), P(0x3000))), step(context.replaceValue(P(13), P(1), owner)),
+      step(context.removeValue(P(10), P(1), owner)),
+  };
+  const std::pair<bool, int> expected[] = {{true, 0},  {false, 1}, {true, 0},  {false, 2}, {false, 3},
+                                           {false, 3}, {false, 2}, {true, 0},  {false, 4}};
+  for (int i = 0; i < 9; ++i) EXPECT_EQ(steps[i], expected[i]) << i;
   EXPECT_EQ(value, nullptr);
-  value = P(1);
-  EXPECT_FALSE(context.getValue(value, P(2), owner));
-  EXPECT_EQ(KyGlobalContext::GetError(), 3);
-  EXPECT_EQ(value, nullptr);
-
-  EXPECT_FALSE(context.replaceValue(P(13), P(2), owner));
-  EXPECT_EQ(KyGlobalContext::GetError(), 3);
-  EXPECT_FALSE(context.replaceValue(P(13), P(2), P(0x3000)));
-  EXPECT_EQ(KyGlobalContext::GetError(), 2);
-  EXPECT_TRUE(context.replaceValue(P(13), P(1), owner));
-
-  EXPECT_FALSE(context.removeValue(P(10), P(1), owner));
-  EXPECT_EQ(KyGlobalContext::GetError(), 4);
   EXPECT_TRUE(context.getValue(value, P(1), owner));
   EXPECT_EQ(value, P(13));
   EXPECT_TRUE(context.removeValue(P(13), P(1), owner));

@@ -28,23 +28,20 @@ class TestPool : public KyMemoryPool {
   }
 };
 
-TEST(MemoryPool, UnlockedBlockIsHandedOutAgain) {
+TEST(MemoryPool, UnlockedBlocksAreHandedOutAgainLockedOnesAreDistinct) {
   TestPool pool;
   void* first = pool.alloc(10, false);
   EXPECT_EQ(pool.sizeOf(first), 64u);
-  EXPECT_EQ(pool.alloc(20, false), first);
-}
-
-TEST(MemoryPool, LockedBlocksAreDistinctUntilUnlocked) {
-  TestPool pool;
-  void* a = pool.alloc(10, true);
-  void* b = pool.alloc(10, true);
-  EXPECT_NE(a, b);
-  EXPECT_EQ(pool.unLock(a), a);
-  EXPECT_EQ(pool.alloc(10, false), a);
+  EXPECT_EQ(pool.alloc(20, true), first);
+  void* second = pool.alloc(10, true);
+  EXPECT_NE(second, first);
+  EXPECT_EQ(pool.unLock(first), first);
+  EXPECT_EQ(pool.alloc(10, false), first);
   EXPECT_EQ(pool.lock(reinterpret_cast<void*>(0x10)), nullptr);
 }
 
+// First fit; when nothing fits, the largest too-small block (the later of equal ones)
+// is enlarged, keeping its contents.
 TEST(MemoryPool, FirstFitAndEnlargementOfTheLargestTooSmallBlock) {
   TestPool pool;
   void* big = pool.alloc(128, true);  // made first, so it stands behind the other
@@ -58,17 +55,13 @@ TEST(MemoryPool, FirstFitAndEnlargementOfTheLargestTooSmallBlock) {
   EXPECT_EQ(pool.sizeOf(enlarged), 512u);
   EXPECT_STREQ(static_cast<char*>(enlarged), "contents");
   EXPECT_EQ(pool.alloc(64, false), small);
-}
-
-TEST(MemoryPool, EqualSizedTooSmallBlocksEnlargeTheLaterOne) {
-  TestPool pool;
-  void* later = pool.alloc(64, true);
-  void* earlier = pool.alloc(64, true);  // stands first in the chain
-  pool.unLock(later);
-  pool.unLock(earlier);
-  void* grown = pool.alloc(65, true);
-  EXPECT_EQ(pool.sizeOf(grown), 128u);
-  EXPECT_EQ(pool.alloc(10, false), earlier);
+  TestPool equal;
+  void* later = equal.alloc(64, true);
+  void* earlier = equal.alloc(64, true);  // stands first in the chain
+  equal.unLock(later);
+  equal.unLock(earlier);
+  EXPECT_EQ(equal.sizeOf(equal.alloc(65, true)), 128u);
+  EXPECT_EQ(equal.alloc(10, false), earlier);
 }
 
 TEST(MemoryPool, ReAllocKeepsLargerBlocksAndMovesOnAnExactSize) {
@@ -83,32 +76,20 @@ TEST(MemoryPool, ReAllocKeepsLargerBlocksAndMovesOnAnExactSize) {
   void* grown = pool.reAlloc(moved, 100, false);
   EXPECT_EQ(pool.sizeOf(grown), 128u);
   EXPECT_EQ(pool.reAlloc(grown, 64, false), grown);
-  void* fresh = pool.reAlloc(nullptr, 10, true);
-  EXPECT_NE(fresh, grown);
-}
-
-TEST(MemoryPool, BlockOperationsCountLocks) {
-  TestPool pool;
-  KyMemoryPoolBlock* block = nullptr;
-  void* data = pool.take(block, 10, true);
-  ASSERT_NE(block, nullptr);
-  EXPECT_EQ(block->locks, 1);
-  EXPECT_EQ(pool.getBlock(data), block);
-  EXPECT_EQ(block->locks, 2);
-  EXPECT_EQ(pool.release(block), data);
-  EXPECT_EQ(pool.release(block), data);
-  EXPECT_EQ(block->locks, 0);
+  EXPECT_NE(pool.reAlloc(nullptr, 10, true), grown);
+  KyMemoryPoolBlock* taken = nullptr;  // every block operation counts a lock
+  void* data = pool.take(taken, 10, true);
+  ASSERT_NE(taken, nullptr);
+  EXPECT_EQ(pool.getBlock(data), taken);
+  EXPECT_EQ(taken->locks, 2);
+  EXPECT_TRUE(pool.release(taken) == data && pool.release(taken) == data && taken->locks == 0);
   EXPECT_EQ(pool.getBlock(reinterpret_cast<void*>(0x10)), nullptr);
-}
-
-TEST(MemoryPool, PrintInformationOfAnEmptyPool) {
-  TestPool pool;
-  EXPECT_EQ(pool.info(0), "--  KyPoolOf(Char)  --\t0 Blocks\n");
-  EXPECT_EQ(pool.info(1), "--  KyPoolOf(Char)  --\n#0\tAddress\t\tSize\t\tLocks\n");
 }
 
 TEST(MemoryPool, PrintInformationListsBlocksInChainOrder) {
   TestPool pool;
+  EXPECT_EQ(pool.info(0), "--  KyPoolOf(Char)  --\t0 Blocks\n");
+  EXPECT_EQ(pool.info(1), "--  KyPoolOf(Char)  --\n#0\tAddress\t\tSize\t\tLocks\n");
   void* first = pool.alloc(10, true);
   void* second = pool.alloc(100, false);
   std::ostringstream expected;
@@ -126,17 +107,12 @@ TEST(MemoryPool, TypedPoolsScaleCountsByElementSize) {
   EXPECT_EQ(block->size, 256u);  // 17 elements of 8 bytes, doubled from 64
   KyKyUIntPool::ReleaseBlock(block);
   KyKyUIntPool::UnLock(numbers);
-
   KyMemoryPoolBlock* chars = nullptr;
-  char* text = KyCharPool::AllocBlock(chars, 70);
-  ASSERT_NE(chars, nullptr);
+  std::memcpy(KyCharPool::AllocBlock(chars, 70), "abc", 4);
   EXPECT_EQ(chars->size, 128u);
-  std::memcpy(text, "abc", 4);
   char* grown = KyCharPool::ReAllocBlock(chars, 1000);
   EXPECT_EQ(chars->size, 1024u);
-  EXPECT_EQ(KyCharPool::GetData(chars), grown);
-  EXPECT_STREQ(grown, "abc");
-  EXPECT_EQ(chars->locks, 1);
+  EXPECT_STREQ(KyCharPool::GetData(chars), "abc");
   EXPECT_EQ(KyCharPool::ReleaseBlock(chars), grown);
   EXPECT_EQ(KyCharPool::ReleaseBlock(nullptr), nullptr);
   EXPECT_EQ(KyPointerPool::GetData(nullptr), nullptr);

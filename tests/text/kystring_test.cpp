@@ -14,34 +14,32 @@ namespace {
 using KyStringBodyTest = KyStringKindTest;
 KY_INSTANTIATE_KINDS(KyStringBodyTest);
 
-TEST_P(KyStringBodyTest, KindFollowsMbCurMax) {
-  KyString s("abc");
-  EXPECT_EQ(IsMultiByteString(s), multiByte());
-  EXPECT_EQ(IsSingleByteString(s), !multiByte());
+TEST_P(KyStringBodyTest, KindEmptinessAndBlanks) {
+  EXPECT_EQ(IsMultiByteString(KyString("abc")), multiByte());
+  EXPECT_EQ(IsSingleByteString(KyString("abc")), !multiByte());
   EXPECT_EQ(IsMultiByteString(KyString(42)), multiByte());
-}
-
-TEST_P(KyStringBodyTest, EmptyStrings) {
   for (const KyString& s : {KyString(), KyString(static_cast<const char*>(nullptr)), KyString("")}) {
     EXPECT_EQ(s.getLength(), 0u);
     EXPECT_EQ(s.getSize(), 1u);
     EXPECT_STREQ(s.getValue(), "");
-    EXPECT_TRUE(s.isEmpty());
-    EXPECT_TRUE(!s);
-    EXPECT_TRUE(s.isBlank());
+    EXPECT_TRUE(s.isEmpty() && !s && s.isBlank());
   }
+  EXPECT_TRUE(KyString(" \t\r\n").isBlank());
+  EXPECT_FALSE(KyString(" a ").isBlank());
+  KyString s("text");
+  char* copy = s.copyValue();
+  EXPECT_STREQ(copy, "text");
+  EXPECT_NE(copy, s.getValue());
+  delete[] copy;
+  const char* view = s;
+  EXPECT_EQ(view, s.getValue());
 }
 
 TEST_P(KyStringBodyTest, CountCutsOnlySingleByteText) {
   KyString cut("abcdef", 3);
-  if (multiByte()) {
-    EXPECT_EQ(cut.getLength(), 6u);
-    EXPECT_STREQ(cut.getValue(), "abcdef");
-  } else {
-    EXPECT_EQ(cut.getLength(), 3u);
-    EXPECT_EQ(cut.getSize(), 4u);
-    EXPECT_STREQ(cut.getValue(), "abc");
-  }
+  EXPECT_EQ(cut.getLength(), multiByte() ? 6u : 3u);
+  EXPECT_EQ(cut.getSize(), multiByte() ? 7u : 4u);
+  EXPECT_STREQ(cut.getValue(), multiByte() ? "abcdef" : "abc");
 }
 
 TEST(KyStringBody, CountPastTheTextKeepsAZeroTailUntilAnEdit) {
@@ -63,16 +61,8 @@ TEST(KyStringBody, CountPastTheTextKeepsAZeroTailUntilAnEdit) {
   EXPECT_NE(none.getInternalString(), KyString().getInternalString());
 }
 
-TEST(KyStringBody, MultiByteLengthCountsCharacters) {
-  ScopedLocale utf8("C.UTF-8");
-  if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";
-  KyString s("\xC3\xA9t\xC3\xA9");  // "été"
-  EXPECT_EQ(s.getLength(), 3u);
-  EXPECT_EQ(s.getSize(), 6u);
-  EXPECT_EQ(KyString("\xE2\x82\xAC").getLength(), 1u);
-}
-
-TEST(KyStringBody, InvalidSequenceEndsTheText) {
+// Length counts characters; an invalid or cut sequence ends the text.
+TEST(KyStringBody, MultiByteLengthAndInvalidSequences) {
   ScopedLocale utf8("C.UTF-8");
   if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";
   struct Case {
@@ -80,6 +70,7 @@ TEST(KyStringBody, InvalidSequenceEndsTheText) {
     const char* kept;
     unsigned int length;
   } cases[] = {
+      {"\xC3\xA9t\xC3\xA9", "\xC3\xA9t\xC3\xA9", 3}, {"\xE2\x82\xAC", "\xE2\x82\xAC", 1},
       {"ab\xFF" "cd", "ab", 2},
       {"\xC3\xA9x\xC3", "\xC3\xA9x", 2},
       {"\x80", "", 0},
@@ -152,66 +143,39 @@ TEST_P(KyStringBodyTest, SubStrings) {
 }
 
 TEST_P(KyStringBodyTest, NumbersUseTheirDefaultFormats) {
-  EXPECT_STREQ(KyString(static_cast<short>(-5)).getValue(), "-5");
-  EXPECT_STREQ(KyString(static_cast<unsigned short>(65535)).getValue(), "65535");
-  EXPECT_STREQ(KyString(-2147483647 - 1).getValue(), "-2147483648");
-  EXPECT_STREQ(KyString(4294967295u).getValue(), "4294967295");
-  EXPECT_STREQ(KyString(-9223372036854775807L).getValue(), "-9223372036854775807");
-  EXPECT_STREQ(KyString(18446744073709551615UL).getValue(), "18446744073709551615");
-  EXPECT_STREQ(KyString(1.5f).getValue(), "1.500000");
-  EXPECT_STREQ(KyString(0.1).getValue(), "0.1");
-  EXPECT_STREQ(KyString(static_cast<short>(-1), "%hx").getValue(), "ffff");
-  EXPECT_STREQ(KyString(3.14159, "%08.3f").getValue(), "0003.142");
-  EXPECT_STREQ(KyString(7, nullptr).getValue(), "7");
+  const std::pair<KyString, const char*> cases[] = {
+      {KyString(static_cast<short>(-5)), "-5"},        {KyString(static_cast<unsigned short>(65535)), "65535"},
+      {KyString(-2147483647 - 1), "-2147483648"},     {KyString(4294967295u), "4294967295"},
+      {KyString(-9223372036854775807L), "-9223372036854775807"}, {KyString(18446744073709551615UL), "18446744073709551615"},
+      {KyString(1.5f), "1.500000"},                   {KyString(0.1), "0.1"},
+      {KyString(static_cast<short>(-1), "%hx"), "ffff"}, {KyString(3.14159, "%08.3f"), "0003.142"},
+      {KyString(7, nullptr), "7"}};
+  for (const auto& [number, text] : cases) EXPECT_STREQ(number.getValue(), text);
 }
 
-TEST_P(KyStringBodyTest, LongNumberTextIsKeptWhole) {
+TEST_P(KyStringBodyTest, LongNumberTextIsKeptWholeAndEmptyTextGetsItsOwnBody) {
   char expected[400];
-  int n = std::snprintf(expected, sizeof expected, "%f", 1e300);
-  ASSERT_GT(n, 300);
-  KyString big(1e300, "%f");
-  EXPECT_STREQ(big.getValue(), expected);
+  ASSERT_GT(std::snprintf(expected, sizeof expected, "%f", 1e300), 300);
+  EXPECT_STREQ(KyString(1e300, "%f").getValue(), expected);
   KyString padded(12, "%300d");
   EXPECT_EQ(padded.getLength(), 300u);
   EXPECT_TRUE(padded.endsWith("12"));
-}
-
-TEST_P(KyStringBodyTest, EmptyNumberTextGetsItsOwnBody) {
   KyString("abc").getSubString(5, 9);
   KyString empty(5, "");
   EXPECT_TRUE(empty.isEmpty());
   EXPECT_NE(empty.getInternalString(), KyString().getInternalString());
 }
 
-TEST_P(KyStringBodyTest, BlankAndCopyValue) {
-  EXPECT_TRUE(KyString(" \t\r\n").isBlank());
-  EXPECT_FALSE(KyString(" a ").isBlank());
-  KyString s("text");
-  char* copy = s.copyValue();
-  EXPECT_STREQ(copy, "text");
-  EXPECT_NE(copy, s.getValue());
-  delete[] copy;
-  const char* view = s;
-  EXPECT_EQ(view, s.getValue());
-}
-
-TEST(KyStringBody, WideBlankIsKnownOnlyToMultiByteStrings) {
+// A string keeps its kind when the locale changes; only multi-byte strings know wide blanks.
+TEST(KyStringBody, KindStaysWhenTheLocaleChanges) {
+  ScopedLocale c("C");
   const char* ideographicSpace = "\xE3\x80\x80";
-  KyString single(ideographicSpace);
-  EXPECT_FALSE(single.isBlank());
+  KyString before("abc");
+  EXPECT_FALSE(KyString(ideographicSpace).isBlank());
   ScopedLocale utf8("C.UTF-8");
   if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";
   EXPECT_TRUE(KyString(ideographicSpace).isBlank());
-}
-
-TEST(KyStringBody, KindStaysWhenTheLocaleChanges) {
-  ScopedLocale c("C");
-  KyString before("abc");
-  ScopedLocale utf8("C.UTF-8");
-  if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";
-  KyString after("abc");
-  EXPECT_TRUE(IsSingleByteString(before));
-  EXPECT_TRUE(IsMultiByteString(after));
+  EXPECT_TRUE(IsMultiByteString(KyString("abc")));
   before.toUpper();
   EXPECT_TRUE(IsSingleByteString(before));
 }

@@ -85,13 +85,10 @@ TEST_P(NumberTextTest, DefaultFormatWritesPointsAndExponents) {
   const struct {
     double value;
     const char* text;
-  } cases[] = {{1.5, "1.5"},
-               {1e300, "1e+300"},
-               {-0.0, "-0"},
-               {1e-5, "1e-05"},
-               {1e16, "1e+16"},
-               {1e15, "1000000000000000"},
-               {123456789012345678.0, "1.234567890123457e+17"}};
+  } cases[] = {
+      {1.5, "1.5"}, {1e300, "1e+300"}, {-0.0, "-0"}, {1e-5, "1e-05"},
+      {1e16, "1e+16"}, {1e15, "1000000000000000"}, {123456789012345678.0, "1.234567890123457e+17"},
+  };
   for (const auto& c : cases) {
     const Written written = Write(c.value);
     EXPECT_EQ(written.text, c.text);
@@ -104,10 +101,7 @@ TEST_P(NumberTextTest, SpecialValuesIgnoreTheFormat) {
   for (const char* format : {static_cast<const char*>(nullptr), "%f", "[%g]"}) {
     const Written texts[] = {Write(nan, format), Write(-nan, format), Write(kInf, format), Write(-kInf, format)};
     const Written expected[] = {{"NaN", 3}, {"NaN", 3}, {"Infinity", 8}, {"-Infinity", 9}};
-    for (int i = 0; i < 4; ++i) {
-      EXPECT_EQ(texts[i].text, expected[i].text);
-      EXPECT_EQ(texts[i].length, expected[i].length);
-    }
+    for (int i = 0; i < 4; ++i) EXPECT_TRUE(texts[i].text == expected[i].text && texts[i].length == expected[i].length);
   }
 }
 
@@ -129,21 +123,10 @@ TEST_P(NumberTextTest, CallerFormatsTurnEverythingBeforeTheExponentIntoPoints) {
   EXPECT_EQ(wide.text.substr(301, 3), ".00");
 }
 
-TEST_P(NumberTextTest, DefaultTextIsPrintfInTheCLocale) {
+// The default text is printf's in the C locale, and reads back as the C locale's strtod
+// reads that text (sixteen digits need not give the same double back).
+TEST_P(NumberTextTest, DefaultTextIsPrintfInTheCLocaleAndReadsBack) {
   std::mt19937_64 random(1234);
-  for (int i = 0; i < 20000; ++i) {
-    const double value = RandomDouble(random);
-    if (!std::isfinite(value)) continue;
-    const Written written = Write(value);
-    ASSERT_EQ(written.text, PrintfInC(value)) << std::hexfloat << value;
-    // The explicit format takes the printf route and its scan.
-    ASSERT_EQ(written.text, Write(value, "%.16g").text) << std::hexfloat << value;
-    ASSERT_EQ(written.length, static_cast<int>(written.text.size()));
-  }
-}
-
-TEST_P(NumberTextTest, ReadsBackWhatItWrites) {
-  std::mt19937_64 random(99);
   for (int i = 0; i < 20000; ++i) {
     const double value = RandomDouble(random);
     const Written written = Write(value);
@@ -154,55 +137,30 @@ TEST_P(NumberTextTest, ReadsBackWhatItWrites) {
       continue;
     }
     ASSERT_TRUE(read.ok) << written.text;
-    // Sixteen digits need not give the same double back: compare with the C locale's
-    // reading of the same text.
     ASSERT_TRUE(SameBits(read.value, StrtodInC(PrintfInC(value)))) << written.text;
+    if (!std::isfinite(value)) continue;
+    ASSERT_EQ(written.text, PrintfInC(value)) << std::hexfloat << value;
+    // The explicit format takes the printf route and its scan.
+    ASSERT_EQ(written.text, Write(value, "%.16g").text) << std::hexfloat << value;
+    ASSERT_EQ(written.length, static_cast<int>(written.text.size()));
   }
 }
 
-TEST_P(NumberTextTest, ReadsTextsWithAPointInEveryLocale) {
+TEST_P(NumberTextTest, ReadsTexts) {
   const struct {
     const char* text;
     double value;
     long consumed;
   } cases[] = {
-      {"0.5", 0.5, 3},
-      {"1.5e", 1.5, 4},
-      {"1.5E+", 1.5, 5},
-      {"1.5abc", 1.5, 3},
-      {".5", 0.5, 2},
-      {"-.5", -0.5, 3},
-      {"+.5", 0.5, 3},
-      {"5.", 5.0, 2},
-      {"12.5e3", 12500.0, 6},
-      {"-0.25", -0.25, 5},
-      {"1.5e-2x", 0.015, 6},
-      {"2.5e 3", 2.5, 4},
-      {".", 0.0, 1},
-      {"-.e5", 0.0, 4},
-      {"0.1000000000000000055511151231257827021181583404541015625", 0.1, 57},
-      {"123456789012345678901234567890.5", 123456789012345678901234567890.5, 32},
-      {"4.9406564584124654e-324", 5e-324, 23},
-      {"1.0e400", kInf, 7},
-      {"1.5e99999999999", kInf, 15},
-      {"-1.5e-99999999999", -0.0, 17},
-      {"0.0e99999999999", 0.0, 15},
+      {"0.5", 0.5, 3}, {"1.5e", 1.5, 4}, {"1.5E+", 1.5, 5},
+      {"1.5abc", 1.5, 3}, {".5", 0.5, 2}, {"-.5", -0.5, 3},
+      {"+.5", 0.5, 3}, {"5.", 5.0, 2}, {"12.5e3", 12500.0, 6},
+      {"-0.25", -0.25, 5}, {"1.5e-2x", 0.015, 6}, {"2.5e 3", 2.5, 4},
+      {".", 0.0, 1}, {"-.e5", 0.0, 4}, {"0.1000000000000000055511151231257827021181583404541015625", 0.1, 57},
+      {"123456789012345678901234567890.5", 123456789012345678901234567890.5, 32}, {"4.9406564584124654e-324", 5e-324, 23}, {"1.0e400", kInf, 7},
+      {"1.5e99999999999", kInf, 15}, {"-1.5e-99999999999", -0.0, 17}, {"0.0e99999999999", 0.0, 15},
       {"2.4703282292062327e-324", 0.0, 23},
-  };
-  for (const auto& c : cases) {
-    const Read read = ReadText(c.text);
-    EXPECT_TRUE(read.ok) << c.text;
-    EXPECT_TRUE(SameBits(read.value, c.value)) << c.text << " read " << read.value;
-    EXPECT_EQ(read.consumed, c.consumed) << c.text;
-  }
-}
-
-TEST_P(NumberTextTest, TextsWithoutAPointGoToTheRuntime) {
-  const struct {
-    const char* text;
-    double value;
-    long consumed;
-  } cases[] = {
+      // Texts without a point go to the runtime.
       {"1e5", 1e5, 3},         {"7e", 7.0, 1},    {"-0", -0.0, 2},    {"Infinity", kInf, 8},
       {"-Infinity", -kInf, 9}, {"abc", 0.0, 0},   {"", 0.0, 0},       {"  42", 42.0, 4},
       {"0x10", 16.0, 4},       {"+12;", 12.0, 3}, {"1e400", kInf, 5}, {"1e-400", 0.0, 6},
@@ -221,15 +179,9 @@ TEST_P(NumberTextTest, TextsWithoutAPointGoToTheRuntime) {
   EXPECT_EQ(comma.value, expected);
   EXPECT_EQ(comma.consumed, end - text);
   EXPECT_EQ(comma.consumed, std::strcmp(localeconv()->decimal_point, ",") == 0 ? 4 : 2);
-}
-
-TEST_P(NumberTextTest, OnlyNaNFails) {
+  // Only NaN fails.
   EXPECT_FALSE(ReadText("NaN").ok);
   EXPECT_FALSE(ReadText("-nan(123)").ok);
-  const Read infinity = ReadText("Infinity");
-  EXPECT_TRUE(infinity.ok);
-  EXPECT_TRUE(std::isinf(infinity.value));
-  EXPECT_TRUE(ReadText("junk").ok);
 }
 
 INSTANTIATE_TEST_SUITE_P(Locales, NumberTextTest, testing::ValuesIn(NumberTestLocales()), LocaleTestName);

@@ -25,27 +25,19 @@ TEST(Numeric, GetWritesItsOwnTexts) {
   const struct {
     const char* text;
     const char* expected;
-  } cases[] = {
-      {"0.5", ".5"},        {"-0.5", "-.5"},     {"100", "100"},
-      {"1e3", "1000"},      {"-1e3", "-100"},    {"12.5", "12.5"},
-      {"-12.5", "-12.5"},   {"1.50", "1.5"},     {"1e-5", ".1e-4"},
-      {"1.5e-3", ".15e-2"}, {"0.05", ".05"},     {"0.001", ".001"},
-      {"0", ".0"},          {"0.0", "0"},        {"-0", ".0"},
-      {" + 7", "7"},        {"5.", "5"},         {"123.456e2", "12345.6"},
-      {"1e200", ".1e201"},  {"0001.25", "1.25"},
-  };
+  } cases[] = {{"0.5", ".5"},         {"-0.5", "-.5"},    {"100", "100"},    {"1e3", "1000"},  {"-1e3", "-100"},
+               {"12.5", "12.5"},      {"-12.5", "-12.5"}, {"1.50", "1.5"},   {"1e-5", ".1e-4"}, {"1.5e-3", ".15e-2"},
+               {"0.05", ".05"},       {"0.001", ".001"},  {"0", ".0"},       {"0.0", "0"},     {"-0", ".0"},
+               {" + 7", "7"},         {"5.", "5"},        {"123.456e2", "12345.6"}, {"1e200", ".1e201"},
+               {"0001.25", "1.25"}};
   for (const auto& c : cases) EXPECT_EQ(Text(c.text), c.expected) << c.text;
+  const std::pair<long, const char*> longs[] = {{100L, "100"}, {-42L, "-42"}, {0L, "0"}, {LONG_MIN, "-9223372036854775808"}};
+  for (const auto& [value, text] : longs) EXPECT_EQ(Text(KyNumeric(value)), text);
   EXPECT_EQ(Text(KyNumeric()), "0");
-  EXPECT_EQ(Text(KyNumeric(100L)), "100");
-  EXPECT_EQ(Text(KyNumeric(-42L)), "-42");
-  EXPECT_EQ(Text(KyNumeric(0L)), "0");
-  EXPECT_EQ(Text(KyNumeric(LONG_MIN)), "-9223372036854775808");
 }
 
 TEST(Numeric, SmallBuffersAreCutAndNeverOverrun) {
-  const char* values[] = {"-12.5", "1e50", "-1e-5", "123456", "-0.05", "-1e3"};
-  for (const char* value : values) {
-    const std::string full = Text(value);
+  for (const char* value : {"-12.5", "1e50", "-1e-5", "123456", "-0.05", "-1e3"}) {
     for (long size = 1; size <= 10; ++size) {
       char buffer[16];
       std::memset(buffer, '#', sizeof buffer);
@@ -62,69 +54,50 @@ TEST(Numeric, SmallBuffersAreCutAndNeverOverrun) {
   KyNumeric("1.5").get(nullptr, 4);
 }
 
+// A text is checked whole before anything changes; 48 digits are the most a value holds.
 TEST(Numeric, TextsAreCheckedBeforeAnythingChanges) {
-  const std::string fraction48 = "0." + Repeat('0', 47) + "1";
-  const std::string fraction49 = "0." + Repeat('0', 48) + "1";
-  const char* valid[] = {"0",         "-0",   "0.0",    "5.",       " -5",     "- 5",
-                         "\t+1.5e+3", "1E-5", "000001", "1e-32769", "1e32766", fraction48.c_str()};
+  const std::string fraction48 = "0." + Repeat('0', 47) + "1", fraction49 = "0." + Repeat('0', 48) + "1";
+  const std::string digits48 = "1" + Repeat('2', 46) + "3", digits49 = digits48 + "4", led = "0000" + digits48;
+  const char* valid[] = {"0",      "-0",       "0.0",     "5.",              " -5",          "- 5",       "\t+1.5e+3",
+                         "1E-5",   "000001",   "1e-32769", "1e32766",        fraction48.c_str(), led.c_str()};
   for (const char* text : valid) EXPECT_TRUE(KyNumeric().set(text)) << text;
-  const char* invalid[] = {"",     "-",  "00",   "0e5", "0.", ".",        "1e",      "1e+",
-                           "1.5x", "1 ", "1..5", "+-1", "e5", "1e-32770", "1e32767", fraction49.c_str()};
+  const char* invalid[] = {"",     "-",  "00",   "0e5", "0.", ".",        "1e",      "1e+",             "1.5x",
+                           "1 ",   "1..5", "+-1", "e5", "1e-32770", "1e32767", fraction49.c_str(), digits49.c_str()};
   for (const char* text : invalid) {
     KyNumeric value("-7.25");
     EXPECT_FALSE(value.set(text)) << text;
     EXPECT_EQ(Text(value), "-7.25") << text;
   }
-  KyNumeric value("3");
+  KyNumeric value(digits48.c_str());
+  EXPECT_EQ(value.getPrecision(), 48);
+  EXPECT_EQ(Text(value), digits48);
   EXPECT_TRUE(value.set(static_cast<const char*>(nullptr)));
   EXPECT_EQ(Text(value), "0");
   EXPECT_EQ(Text(KyNumeric("junk")), "0");
 }
 
-TEST(Numeric, HoldsFortyEightDigitsAndNoMore) {
-  const std::string digits48 = "1" + Repeat('2', 46) + "3";
-  KyNumeric value;
-  ASSERT_TRUE(value.set(digits48.c_str()));
-  EXPECT_EQ(value.getPrecision(), 48);
-  EXPECT_EQ(Text(value), digits48);
-  EXPECT_FALSE(value.set((digits48 + "4").c_str()));
-  EXPECT_FALSE(value.set(("1" + digits48).c_str()));
-  EXPECT_TRUE(value.set(("0000" + digits48).c_str()));
-}
-
-TEST(Numeric, ZeroTestReadsALeadingZeroDigit) {
-  EXPECT_TRUE(KyNumeric("0.05").isZero());
-  EXPECT_TRUE(KyNumeric("0.05") == KyNumeric("0.07"));
+// Equality ignores trailing zeros but not the point; the zero test reads only the first
+// digit; the digit texts decide among equal point positions ("1" ends before "100").
+TEST(Numeric, ComparisonsKeepTheirOddities) {
+  const struct {
+    KyNumeric a;
+    const char* op;
+    KyNumeric b;
+    bool holds;
+  } cases[] = {
+      {"1.50", "==", "1.5", true},  {100L, "==", "1e2", true},    {100L, "==", "10", false},  {"5", "==", "-5", false},
+      {"1.25", "==", "1.2", false}, {"0.05", "==", "0.07", true}, {-5L, ">", -3L, true},      {-5L, "<", -3L, false},
+      {5L, ">", -3L, true},         {-3L, ">", 5L, false},        {3L, "<", 5L, true},        {"12.5", ">", "12.25", true},
+      {"0.5", ">", "1e-5", true},   {5L, ">=", 5L, true},         {5L, "<=", 5L, true},       {5L, ">", 5L, false},
+      {5L, "<", 5L, false},         {"1e2", ">=", 100L, false},   {"1e2", "<=", 100L, true},  {"1e2", "<", 100L, false},
+  };
+  for (const auto& c : cases) {
+    const std::string op = c.op;
+    const bool got = op == "==" ? c.a == c.b : op == ">" ? c.a > c.b : op == "<" ? c.a < c.b : op == ">=" ? c.a >= c.b : c.a <= c.b;
+    EXPECT_EQ(got, c.holds) << Text(c.a) << " " << op << " " << Text(c.b);
+  }
+  for (const KyNumeric& zero : {KyNumeric("0.05"), KyNumeric("0"), KyNumeric()}) EXPECT_TRUE(zero.isZero());
   EXPECT_FALSE(KyNumeric("0.5").isZero());
-  EXPECT_TRUE(KyNumeric().isZero());
-  EXPECT_TRUE(KyNumeric("0").isZero());
-}
-
-TEST(Numeric, EqualityIgnoresTrailingZerosButNotThePoint) {
-  EXPECT_TRUE(KyNumeric("1.50") == KyNumeric("1.5"));
-  EXPECT_TRUE(KyNumeric(100L) == KyNumeric("1e2"));
-  EXPECT_FALSE(KyNumeric(100L) == KyNumeric("10"));
-  EXPECT_FALSE(KyNumeric("5") == KyNumeric("-5"));
-  EXPECT_FALSE(KyNumeric("1.25") == KyNumeric("1.2"));
-}
-
-TEST(Numeric, OrderingKeepsItsOddities) {
-  const KyNumeric five(5L), minusFive(-5L), three(3L), minusThree(-3L);
-  EXPECT_TRUE(minusFive > minusThree);
-  EXPECT_FALSE(minusFive < minusThree);
-  EXPECT_TRUE(five > minusThree);
-  EXPECT_FALSE(minusThree > five);
-  EXPECT_TRUE(three < five);
-  EXPECT_TRUE(KyNumeric("12.5") > KyNumeric("12.25"));
-  EXPECT_TRUE(KyNumeric("0.5") > KyNumeric("1e-5"));
-  EXPECT_TRUE(five >= five);
-  EXPECT_TRUE(five <= five);
-  EXPECT_FALSE(five > five);
-  EXPECT_FALSE(five < five);
-  // The digit texts decide among equal point positions: "1" ends before "100".
-  EXPECT_FALSE(KyNumeric("1e2") >= KyNumeric(100L));
-  EXPECT_TRUE(KyNumeric("1e2") <= KyNumeric(100L));
-  EXPECT_FALSE(KyNumeric("1e2") < KyNumeric(100L));
 }
 
 TEST(Numeric, ArithmeticFollowsTheSigns) {
@@ -134,34 +107,13 @@ TEST(Numeric, ArithmeticFollowsTheSigns) {
     const char* b;
     const char* expected;
   } cases[] = {
-      {"1.5", '+', "2.25", "3.75"},
-      {"0.5", '+', "0.5", "1"},
-      {"99", '+', "1", "100"},
-      {"-3", '+', "5", "2"},
-      {"3", '+', "-5", "-2"},
-      {"-5", '+', "3", "-2"},
-      {"5", '+', "-3", "2"},
-      {"-2", '+', "-3", "-5"},
-      {"1e-5", '+', "1e-5", ".2e-4"},
-      {"1e3", '+', "1e3", "2000"},
-      {"-0.01", '+', "-0.02", ".03"},
-      {"0.1", '-', "0.3", "-.2"},
-      {"5", '-', "-3", "8"},
-      {"-5", '-', "3", "-8"},
-      {"-5", '-', "-3", "-2"},
-      {"-3", '-', "-5", "2"},
-      {"10", '-', "0.5", "9.5"},
-      {"7", '-', "7", "0"},
-      {"1.1e-5", '-', "1e-5", ".1e-5"},
-      {"12", '*', "12", "144"},
-      {"1.5", '*', "1.5", "22.5"},
-      {"0.5", '*', "0.5", ".25"},
-      {"0.05", '*', "0.5", ".025"},
-      {"-2", '*', "3", "-6"},
-      {"-2", '*', "-3", "6"},
-      {"100", '*', "2", "200"},
-      {"1.5", '*', "0.5", "7.5"},
-      {"0", '*', "123", "0"},
+      {"1.5", '+', "2.25", "3.75"}, {"0.5", '+', "0.5", "1"}, {"99", '+', "1", "100"}, {"-3", '+', "5", "2"},
+      {"3", '+', "-5", "-2"}, {"-5", '+', "3", "-2"}, {"5", '+', "-3", "2"}, {"-2", '+', "-3", "-5"},
+      {"1e-5", '+', "1e-5", ".2e-4"}, {"1e3", '+', "1e3", "2000"}, {"-0.01", '+', "-0.02", ".03"}, {"0.1", '-', "0.3", "-.2"},
+      {"5", '-', "-3", "8"}, {"-5", '-', "3", "-8"}, {"-5", '-', "-3", "-2"}, {"-3", '-', "-5", "2"},
+      {"10", '-', "0.5", "9.5"}, {"7", '-', "7", "0"}, {"1.1e-5", '-', "1e-5", ".1e-5"}, {"12", '*', "12", "144"},
+      {"1.5", '*', "1.5", "22.5"}, {"0.5", '*', "0.5", ".25"}, {"0.05", '*', "0.5", ".025"}, {"-2", '*', "3", "-6"},
+      {"-2", '*', "-3", "6"}, {"100", '*', "2", "200"}, {"1.5", '*', "0.5", "7.5"}, {"0", '*', "123", "0"},
       {"1e-5", '*', "1e-5", ".1"},
   };
   for (const auto& c : cases) {
@@ -175,28 +127,22 @@ TEST(Numeric, ArithmeticFollowsTheSigns) {
   EXPECT_EQ(Text(value), "1.5");
 }
 
-TEST(Numeric, SumsOfFortyEightPlacesAreLost) {
-  const KyNumeric whole(Repeat('9', 24).c_str());
+TEST(Numeric, ResultsKeepFortyEightPlaces) {
+  // A sum that would need more places is lost; a product keeps its first 48 digits.
+  KyNumeric whole(Repeat('9', 24).c_str());
   const KyNumeric tiny(("0." + Repeat('0', 23) + "1").c_str());
-  const KyNumeric lessTiny(("0." + Repeat('0', 22) + "1").c_str());
-  KyNumeric a = whole;
-  EXPECT_EQ(Text(a + tiny), "0");
-  EXPECT_FALSE((a + tiny).isNegative());
-  EXPECT_EQ(Text(a - tiny), "0");
-  EXPECT_EQ(Text(a + lessTiny), Repeat('9', 24) + "." + Repeat('0', 22) + "1");
-  KyNumeric negative("-1e30");
-  EXPECT_EQ(Text(negative - KyNumeric("1e-20")), "0");
-}
-
-TEST(Numeric, ProductsKeepTheirFirstFortyEightDigits) {
+  EXPECT_EQ(Text(whole + tiny), "0");
+  EXPECT_FALSE((whole + tiny).isNegative());
+  EXPECT_EQ(Text(whole - tiny), "0");
+  EXPECT_EQ(Text(whole + KyNumeric(("0." + Repeat('0', 22) + "1").c_str())),
+            Repeat('9', 24) + "." + Repeat('0', 22) + "1");
+  EXPECT_EQ(Text(KyNumeric("-1e30") - KyNumeric("1e-20")), "0");
   KyNumeric nines(Repeat('9', 30).c_str());
-  const KyNumeric product = nines * nines;
-  // 10^60 - 2 * 10^30 + 1: 29 nines, an 8, 29 zeros and a 1, of which 48 digits stay.
+  const KyNumeric product = nines * nines;  // 10^60 - 2 * 10^30 + 1
   EXPECT_EQ(product.getPrecision(), 48);
   EXPECT_EQ(Text(product), Repeat('9', 29) + "8" + Repeat('0', 30));
-  // Forty-seven zeros behind the point, twice, push the product out of the 48 places.
-  KyNumeric tiny(("0." + Repeat('0', 47) + "1").c_str());
-  const KyNumeric vanished = tiny * tiny;
+  KyNumeric smallest(("0." + Repeat('0', 47) + "1").c_str());
+  const KyNumeric vanished = smallest * smallest;
   EXPECT_EQ(vanished.getPrecision(), 48);
   EXPECT_TRUE(vanished.isZero());
 }
@@ -216,20 +162,8 @@ TEST(Numeric, IntegerMeansAThirtyTwoBitLong) {
   }
 }
 
-TEST(Numeric, SetScaleMovesThePointWithoutRounding) {
-  EXPECT_EQ(Text(KyNumeric("1.25").setScale(1)), "12.5");
-  EXPECT_EQ(Text(KyNumeric("1.25").setScale(0)), "125");
-  EXPECT_EQ(Text(KyNumeric("5").setScale(3)), ".005");
-  KyNumeric far("5");
-  far.setScale(SHRT_MAX);
-  EXPECT_EQ(far.getPrecision(), 48);
-  EXPECT_TRUE(far.isZero());
-  KyNumeric huge("5");
-  huge.setScale(SHRT_MIN);
-  EXPECT_EQ(Text(huge), "5");
-}
-
-TEST(Numeric, AccessorsAndSign) {
+// setScale moves the point without rounding; a point beyond 48 places leaves zero.
+TEST(Numeric, AccessorsScaleAndSign) {
   const struct {
     KyNumeric value;
     short precision;
@@ -239,11 +173,18 @@ TEST(Numeric, AccessorsAndSign) {
     EXPECT_EQ(c.value.getPrecision(), c.precision) << Text(c.value);
     EXPECT_EQ(c.value.getScale(), c.scale) << Text(c.value);
   }
+  EXPECT_EQ(Text(KyNumeric("1.25").setScale(1)), "12.5");
+  EXPECT_EQ(Text(KyNumeric("1.25").setScale(0)), "125");
+  EXPECT_EQ(Text(KyNumeric("5").setScale(3)), ".005");
+  KyNumeric far("5");
+  far.setScale(SHRT_MAX);
+  EXPECT_EQ(far.getPrecision(), 48);
+  EXPECT_TRUE(far.isZero());
+  EXPECT_EQ(Text(KyNumeric("5").setScale(SHRT_MIN)), "5");
   KyNumeric value("-2.5");
   EXPECT_TRUE(value.isNegative());
   EXPECT_EQ(Text(value.abs()), "2.5");
   value.negate();
-  EXPECT_EQ(Text(value), "2.5");
   KyNumeric copy;
   copy.set(value);
   EXPECT_EQ(Text(copy), "2.5");

@@ -46,7 +46,7 @@ TEST(XmlNode, SetCopiesThroughStoreAndTreatsEmptyAsNull) {
   EXPECT_EQ(element.getTag(), nullptr);
 }
 
-TEST(XmlNode, TypesComeFromTheInterfaces) {
+TEST(XmlNode, TypesCharRefsAndInstructionTargets) {
   KyXmlAttribute attribute;
   KyXmlElement element;
   KyXmlText text;
@@ -56,10 +56,7 @@ TEST(XmlNode, TypesComeFromTheInterfaces) {
   KyXmlCharRef reference;
   const KyXmlNodeI* nodes[] = {&attribute, &element, &text, &comment, &data, &instruction, &reference};
   for (int type = 0; type < 7; ++type) EXPECT_EQ(nodes[type]->getType(), type);
-}
-
-TEST(XmlNode, CharRefHoldsACodeOrANameNeverBoth) {
-  KyXmlCharRef reference;
+  // A reference holds a code or a name, never both.
   EXPECT_EQ(reference.getRefCode(), 0);
   EXPECT_EQ(reference.getRefName(), nullptr);
   reference.setRefName("lt");
@@ -68,48 +65,40 @@ TEST(XmlNode, CharRefHoldsACodeOrANameNeverBoth) {
   reference.setRefCode(65);
   EXPECT_EQ(reference.getRefCode(), 65);
   EXPECT_EQ(reference.getRefName(), nullptr);
-}
-
-TEST(XmlNode, InstructionKeepsItsTargetAlive) {
+  // An instruction frees its data but never its target.
   char* target = new char[4]{'a', 'b', 'c', '\0'};
   {
-    KyXmlPI instruction;
-    instruction.storeTarget(target);
-    instruction.setData("d");
+    KyXmlPI owner;
+    owner.storeTarget(target);
+    owner.setData("d");
   }
-  EXPECT_STREQ(target, "abc");  // still ours: the node freed only its data
+  EXPECT_STREQ(target, "abc");
   delete[] target;
 }
 
-TEST(XmlNode, AttributeLookupIsExactAndFirstWins) {
-  KyXmlElement element("e");
-  element.addAttribute(new KyXmlAttribute("name", "1"));
-  element.addAttribute(new KyXmlAttribute("name", "2"));
-  EXPECT_STREQ(element.getAttributeValue("name"), "1");
-  EXPECT_EQ(element.getAttribute("Name"), nullptr);
-  EXPECT_EQ(element.getAttributeValue("missing"), nullptr);
-  EXPECT_EQ(element.getAttributesCardinal(), 2u);
-  // The interface's own lookup walks the iterator and gives the same answer.
-  EXPECT_EQ(element.KyXmlElementI::getAttribute("name"), element.getAttribute("name"));
-}
-
-TEST(XmlNode, GetElementWalksLikeNamedChildren) {
+TEST(XmlNode, LookupsAreExactAndFirstWins) {
   KyXmlElement parent("p");
+  parent.addAttribute(new KyXmlAttribute("name", "1"));
+  parent.addAttribute(new KyXmlAttribute("name", "2"));
+  EXPECT_STREQ(parent.getAttributeValue("name"), "1");
+  EXPECT_EQ(parent.getAttribute("Name"), nullptr);
+  EXPECT_EQ(parent.getAttributeValue("missing"), nullptr);
+  EXPECT_EQ(parent.getAttributesCardinal(), 2u);
+  // The interface's own lookup walks the iterator and gives the same answer.
+  EXPECT_EQ(parent.KyXmlElementI::getAttribute("name"), parent.getAttribute("name"));
   auto* first = new KyXmlElement("x");
-  auto* other = new KyXmlElement("y");
   auto* second = new KyXmlElement("x");
   auto* text = new KyXmlText;
   text->setText("t");
-  parent.addChild(text);
-  parent.addChild(first);
-  parent.addChild(other);
-  parent.addChild(second);
-  EXPECT_EQ(parent.getElement("x", nullptr), first);
-  EXPECT_EQ(parent.getElement("x", first), second);
-  EXPECT_EQ(parent.getElement("x", second), nullptr);
-  EXPECT_EQ(parent.getElement("X", nullptr), nullptr);
+  for (KyXmlNodeI* child : {static_cast<KyXmlNodeI*>(text), static_cast<KyXmlNodeI*>(first),
+                            static_cast<KyXmlNodeI*>(new KyXmlElement("y")), static_cast<KyXmlNodeI*>(second)})
+    parent.addChild(child);
   KyXmlElement stranger("x");
-  EXPECT_EQ(parent.getElement("x", &stranger), nullptr);
+  const std::pair<KyXmlElement*, KyXmlElement*> found[] = {
+      {parent.getElement("x", nullptr), first},  {parent.getElement("x", first), second},
+      {parent.getElement("x", second), nullptr}, {parent.getElement("X", nullptr), nullptr},
+      {parent.getElement("x", &stranger), nullptr}};
+  for (const auto& [got, wanted] : found) EXPECT_EQ(got, wanted);
   EXPECT_STREQ(parent.getText(), "t");
   EXPECT_EQ(parent.getChildrenCardinal(), 4u);
 }

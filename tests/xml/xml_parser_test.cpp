@@ -81,32 +81,19 @@ TEST(XmlParser, EveryErrorWithItsLine) {
     XmlFault fault;
   };
   const Case cases[] = {
-      {"", {2, 1, 1}},
-      {"<?xml version='1.0'?>", {2, 2, 1}},
-      {"<!-- never closed", {2, 3, 1}},
-      {"<a>x</a>\n\ny", {1, 4, 3}},
-      {"<a>\n\ntext", {2, 5, 3}},
-      {"<?xml?><a/>", {2, 6, 1}},
-      {"<?xml version='1.0'\nstandalone='maybe'?><a/>", {2, 7, 2}},
-      {"<!DOCTYPE a SYSTEM x><a/>", {2, 8, 1}},
-      {"<!DOCTYPE a PUBLIC 'a{b' 'c'><a/>", {2, 8, 1}},
-      {"<?xml version='1.0'\n x?><a/>", {2, 9, 2}},
-      {"<!-- a -- b --><a/>", {2, 10, 1}},
-      {"<!---->\n<?xmlfoo?><a/>", {2, 11, 2}},
-      {"<a>\n<![CDATA[x\x01]]></a>", {2, 12, 2}},
-      {"<?xml version='1.0' encoding='8bit'?><a/>", {2, 13, 1}},
-      {"<?xml version='1.0' encoding=UTF-8?><a/>", {2, 14, 1}},
-      {"<a>\n< b/></a>", {2, 15, 2}},
-      {"<a b='<'/>   ", {2, 16, 1}},
-      {"<a>x</a x>", {2, 17, 1}},
-      {"<a>\n</b>   ", {2, 18, 2}},
-      {"<a b='1'c='2'/>", {2, 19, 1}},
-      {"<a b/>      ", {2, 20, 1}},
-      {"<a b=1/>    ", {2, 21, 1}},
-      {"<a>&#X41;</a>", {2, 22, 1}},
-      {"<a>%x;</a>  ", {2, 22, 1}},
-      {"<a b='&#X41;'/>", {2, 23, 1}},
-      {"<!DOCTYPE 1a><a/>", {2, 24, 1}},
+      {"", {2, 1, 1}}, {"<?xml version='1.0'?>", {2, 2, 1}},
+      {"<!-- never closed", {2, 3, 1}}, {"<a>x</a>\n\ny", {1, 4, 3}},
+      {"<a>\n\ntext", {2, 5, 3}}, {"<?xml?><a/>", {2, 6, 1}},
+      {"<?xml version='1.0'\nstandalone='maybe'?><a/>", {2, 7, 2}}, {"<!DOCTYPE a SYSTEM x><a/>", {2, 8, 1}},
+      {"<!DOCTYPE a PUBLIC 'a{b' 'c'><a/>", {2, 8, 1}}, {"<?xml version='1.0'\n x?><a/>", {2, 9, 2}},
+      {"<!-- a -- b --><a/>", {2, 10, 1}}, {"<!---->\n<?xmlfoo?><a/>", {2, 11, 2}},
+      {"<a>\n<![CDATA[x\x01]]></a>", {2, 12, 2}}, {"<?xml version='1.0' encoding='8bit'?><a/>", {2, 13, 1}},
+      {"<?xml version='1.0' encoding=UTF-8?><a/>", {2, 14, 1}}, {"<a>\n< b/></a>", {2, 15, 2}},
+      {"<a b='<'/>   ", {2, 16, 1}}, {"<a>x</a x>", {2, 17, 1}},
+      {"<a>\n</b>   ", {2, 18, 2}}, {"<a b='1'c='2'/>", {2, 19, 1}},
+      {"<a b/>      ", {2, 20, 1}}, {"<a b=1/>    ", {2, 21, 1}},
+      {"<a>&#X41;</a>", {2, 22, 1}}, {"<a>%x;</a>  ", {2, 22, 1}},
+      {"<a b='&#X41;'/>", {2, 23, 1}}, {"<!DOCTYPE 1a><a/>", {2, 24, 1}},
   };
   for (const Case& c : cases) {
     KyXmlDocument document;
@@ -122,17 +109,10 @@ TEST(XmlParser, ReferenceOddities) {
     std::vector<std::string> pieces;  // child texts; "@name" for a kept reference
   };
   const Case cases[] = {
-      {"<a>&#x41;</a>", {"A"}},
-      {"<a>&#xA;</a>  ", {}},
-      {"<a>&#xff;</a>  ", {"U"}},
-      {"<a>&#xFF;</a>  ", {"U"}},
-      {"<a>&#233;</a>  ", {"\xE9"}},
-      {"<a>&#65601;</a>", {"A"}},
-      {"<a>&quote;</a> ", {"'"}},
-      {"<a>&LT;&Gt;&aMp;</a>", {"<", ">", "&"}},
-      {"<a>&quot;&apos;</a>", {"@quot", "@apos"}},
-      {"<a>&#65535;</a>", {"@"}},
-      {"<a>a&amp;b</a>", {"a", "&", "b"}},
+      {"<a>&#x41;</a>", {"A"}}, {"<a>&#xA;</a>  ", {}}, {"<a>&#xff;</a>  ", {"U"}},
+      {"<a>&#xFF;</a>  ", {"U"}}, {"<a>&#233;</a>  ", {"\xE9"}}, {"<a>&#65601;</a>", {"A"}},
+      {"<a>&quote;</a> ", {"'"}}, {"<a>&LT;&Gt;&aMp;</a>", {"<", ">", "&"}}, {"<a>&quot;&apos;</a>", {"@quot", "@apos"}},
+      {"<a>&#65535;</a>", {"@"}}, {"<a>a&amp;b</a>", {"a", "&", "b"}},
   };
   for (const Case& c : cases) {
     KyXmlDocument document;
@@ -319,14 +299,10 @@ TEST(XmlParser, DocumentThatKeepsNothingHearsEveryElement) {
 // an error and an empty document. CTest's time limit catches a hang.
 TEST(XmlParser, UnfinishedConstructsEndTheRead) {
   const std::pair<const char*, int> cases[] = {
-      {"<a>text <", KyXmlError::kEndOfDocumentUnexpected},
-      {"<a><b>x</b>\n<", KyXmlError::kEndOfDocumentUnexpected},
-      {"<!DOCTYPE a [ <!ENTITY x 'y'>", KyXmlError::kEarlyEndOfDocument},
-      {"<!DOCTYPE a SYSTEM 'x'", KyXmlError::kEarlyEndOfDocument},
-      {"<?pi never closed", KyXmlError::kEarlyEndOfDocument},
-      {"<a><?pi never closed", KyXmlError::kEarlyEndOfDocument},
-      {"<a>x</a><?pi never", KyXmlError::kEarlyEndOfDocument},
-      {"<root><tag \n", KyXmlError::kEarlyEndOfDocument},
+      {"<a>text <", KyXmlError::kEndOfDocumentUnexpected}, {"<a><b>x</b>\n<", KyXmlError::kEndOfDocumentUnexpected},
+      {"<!DOCTYPE a [ <!ENTITY x 'y'>", KyXmlError::kEarlyEndOfDocument}, {"<!DOCTYPE a SYSTEM 'x'", KyXmlError::kEarlyEndOfDocument},
+      {"<?pi never closed", KyXmlError::kEarlyEndOfDocument}, {"<a><?pi never closed", KyXmlError::kEarlyEndOfDocument},
+      {"<a>x</a><?pi never", KyXmlError::kEarlyEndOfDocument}, {"<root><tag \n", KyXmlError::kEarlyEndOfDocument},
       {"<a b='1' c='x&", KyXmlError::kEarlyEndOfDocument},
   };
   for (const auto& [text, code] : cases) {
