@@ -1,0 +1,118 @@
+// KyGregorianCalendar: the one concrete calendar. Dates before the cutover (by default
+// 15 October 1582) follow the Julian leap rule, dates from it on the Gregorian rule,
+// with the ten-day jump between them. Turns the time into the 19 fields and the fields
+// that won by their stamps back into time; add, roll and the actual limits change one
+// field and keep the rest coherent.
+//
+// Contract as for KyCalendar: failure only through the status (kIllegalArgument for a
+// refused field combination, an era other than 0 or 1, a time outside the supported
+// range); nothing throws; one calendar belongs to one thread. Copies follow the base
+// class's lopsided rule, then copy the cutover normally.
+#ifndef KYBASE_CALENDAR_GREGORIAN_CALENDAR_H
+#define KYBASE_CALENDAR_GREGORIAN_CALENDAR_H
+
+#include "kybase/calendar/calendar.h"
+
+class KY_EXPORT KyGregorianCalendar : public KyCalendar {
+ public:
+  static const double EARLIEST_SUPPORTED_MILLIS;
+  static const double LATEST_SUPPORTED_MILLIS;
+  static const double kPapalCutover;
+  static const long kJan1_1JulianDay;
+  static const long kEpochStartAsJulianDay;
+  static const long kEpochYear;
+  static const long kOneSecond;
+  static const long kOneMinute;
+  static const long kOneHour;
+  static const double kOneDay;
+  static const double kOneWeek;
+  static const double kJulianDayGuard;
+  static const long kNumDays[12];
+  static const long kLeapNumDays[12];
+  static const long kMonthLength[12];
+  static const long kLeapMonthLength[12];
+  static const long kMinValues[kFieldCount];
+  static const long kLeastMaxValues[kFieldCount];
+  static const long kMaxValues[kFieldCount];
+
+  // All set the present moment (whole seconds), except the three field forms, which
+  // read no clock and leave the time pending.
+  explicit KyGregorianCalendar(KyDateErrorCode& status);
+  KyGregorianCalendar(const KyLocale& locale, KyDateErrorCode& status);
+  KyGregorianCalendar(const KyTimeZone& zone, KyDateErrorCode& status);
+  KyGregorianCalendar(const KyTimeZone& zone, const KyLocale& locale, KyDateErrorCode& status);
+  KyGregorianCalendar(KyTimeZone* zone, KyDateErrorCode& status);
+  KyGregorianCalendar(KyTimeZone* zone, const KyLocale& locale, KyDateErrorCode& status);
+  KyGregorianCalendar(long year, long month, long day, KyDateErrorCode& status);
+  KyGregorianCalendar(long year, long month, long day, long hour, long minute, KyDateErrorCode& status);
+  KyGregorianCalendar(long year, long month, long day, long hour, long minute, long second,
+                      KyDateErrorCode& status);
+  KyGregorianCalendar(const KyGregorianCalendar& source);
+  KyGregorianCalendar& operator=(const KyGregorianCalendar& source);
+  ~KyGregorianCalendar() override;
+
+  KyCalendar* clone() const override;
+  bool operator==(const KyCalendar& other) const override;
+  bool equivalentTo(const KyCalendar& other) const override;
+  void add(KyDateFields field, long amount, KyDateErrorCode& status) override;
+  using KyCalendar::roll;
+  void roll(KyDateFields field, long amount, KyDateErrorCode& status) override;
+  bool inDaylightTime(KyDateErrorCode& status) const override;
+  long getMinimum(KyDateFields field) const override;
+  long getMaximum(KyDateFields field) const override;
+  long getGreatestMinimum(KyDateFields field) const override;
+  long getLeastMaximum(KyDateFields field) const override;
+
+  double getGregorianChange() const { return _gregorianCutover; }
+  // Refuses NaN, infinities and dates outside the supported range (kIllegalArgument).
+  void setGregorianChange(double date, KyDateErrorCode& status);
+  bool isLeapYear(long year) const;
+
+  // Without a status; they hide the status-taking forms of KyCalendar. The maximum of
+  // kYear and kYearOfWeek is 0 (the search's finding is dropped).
+  long getActualMaximum(KyDateFields field) const;
+  long getActualMinimum(KyDateFields field) const;
+  using KyCalendar::getActualMaximum;
+  using KyCalendar::getActualMinimum;
+
+ protected:
+  void computeTime(KyDateErrorCode& status) override;
+  void computeFields(KyDateErrorCode& status) override;
+  bool isSupportedTime(double time) const override;
+  long skipSteps(double when, KyDateFields field, KyDateErrorCode& status) override;
+
+ private:
+  friend class KyCalendar;
+  KyGregorianCalendar(const KyTimeZone& zone, const KyLocale* locale, KyDateErrorCode& status);
+  KyGregorianCalendar(KyTimeZone* zone, const KyLocale* locale, KyDateErrorCode& status);
+
+  long internalGetEra() const;
+  long monthLength(long month) const;
+  long monthLength(long month, long year) const;
+  long yearLength(long year) const;
+  long yearLength() const;
+  long eraYear() const;
+  void pinDayOfMonth();
+  void timeToFields(double theTime, bool quick, KyDateErrorCode& status);
+  double computeJulianDay(bool isGregorian, long year);
+  long computeRelativeDOW(double julianDay) const;
+  long computeRelativeDOW() const;
+  long computeDOYfromWOY(double julianDayOfYear) const;
+  long weekNumber(long dayOfPeriod, long dayOfWeek) const;
+  bool validateFields() const;
+  void addByMillis(KyDateFields field, long amount, KyDateErrorCode& status);
+  void rollWeekOfYear(long amount, KyDateErrorCode& status);
+
+  static double computeJulianDayOfYear(bool isGregorian, long year, bool& isLeap);
+  static double julianDayToMillis(double julianDay);
+  static long julianDayToDayOfWeek(double julianDay);
+  static long floorDivide(long numerator, long denominator);
+  static long floorDivide(long numerator, long denominator, long* remainder);
+  static long floorDivide(double numerator, long denominator, long* remainder);
+
+  double _gregorianCutover = kPapalCutover;
+  double _normalizedGregorianCutover = kPapalCutover;
+  std::int32_t _gregorianCutoverYear = 1582;
+};
+
+#endif  // KYBASE_CALENDAR_GREGORIAN_CALENDAR_H

@@ -1,0 +1,94 @@
+// KyTimeZone: a raw offset from UTC and a rule for the start and end of daylight time,
+// evaluated for a local date by getOffset. Every zone starts as the default zone (raw
+// offset 0, no rule), so calendars compute in UTC; clone() makes a default zone, not a
+// copy, and operator== and useDaylightTime() answer true whatever the zones hold.
+//
+// The rule setters are this library's way to give a zone real daylight time. They
+// refuse (false) values outside their ranges and any change to the shared default
+// instance, which therefore stays a plain UTC zone for the life of the process.
+//
+// Failure goes through the status: bad arguments give kIllegalArgument and -1.
+// Threads: the shared instance is built once, safely, and only read afterwards; other
+// zones belong to one thread at a time.
+#ifndef KYBASE_CALENDAR_TIME_ZONE_H
+#define KYBASE_CALENDAR_TIME_ZONE_H
+
+#include "kybase/calendar/date_status.h"
+#include "kybase/core/export.h"
+
+class KY_EXPORT KyTimeZone {
+ public:
+  enum EMode {
+    kDayOfMonthMode = 1,
+    kDayOfWeekInMonthMode = 2,
+    kDayOfWeekOnOrAfterMode = 3,
+    kDayOfWeekOnOrBeforeMode = 4,
+  };
+  enum ETimeMode {
+    kWallTime = 0,
+    kStandardTime = 1,
+    kUtcTime = 2,
+  };
+
+  KyTimeZone() = default;
+  KyTimeZone(const KyTimeZone&) = default;
+  KyTimeZone& operator=(const KyTimeZone&) = default;
+  KyTimeZone& operator=(KyTimeZone&&) = default;
+
+  bool operator==(const KyTimeZone&) const { return true; }
+  // A new default zone for the caller to delete; null when memory runs out.
+  KyTimeZone* clone() const;
+  // The one shared default zone; never freed, never to be deleted by a caller.
+  static KyTimeZone* createDefault();
+
+  long getRawOffset() const { return _rawOffset; }
+  bool useDaylightTime() const { return true; }
+  // True once a rule was put in force with setUseDaylight (useDaylightTime() answers
+  // true for every zone and so cannot tell).
+  bool hasDaylightRule() const { return _useDaylight; }
+
+  long getOffset(unsigned char era, long year, long month, long day, unsigned char dayOfWeek, long millis,
+                 long monthLength, KyDateErrorCode& status) const;
+  long getOffset(unsigned char era, long year, long month, long day, unsigned char dayOfWeek, long millis,
+                 long monthLength, long prevMonthLength, KyDateErrorCode& status) const;
+  // -1, 0 or 1 as the moment lies before, at or after the rule's moment in its month.
+  // Whole days of millis + millisDelta move the date first, as a day-by-day walk would.
+  long compareToRule(char month, char monthLength, char prevMonthLength, char dayOfMonth, char dayOfWeek, long millis,
+                     long millisDelta, EMode ruleMode, char ruleMonth, char ruleDayOfWeek, char ruleDay,
+                     long ruleMillis) const;
+
+  // Rule setters. Offsets lie within a day (savings 0 to a day), months 0..11, days of
+  // the week 1..7, times within a day, days -5..31 (negative and 0 count from the end
+  // in kDayOfWeekInMonthMode).
+  bool setRawOffset(long offset);
+  bool setDSTSavings(long savings);
+  bool setStartYear(long year);
+  bool setStartRule(int month, int day, int dayOfWeek, long time, EMode mode, ETimeMode timeMode);
+  bool setEndRule(int month, int day, int dayOfWeek, long time, EMode mode, ETimeMode timeMode);
+  bool setUseDaylight(bool useDaylight);
+
+  static const signed char staticMonthLength[12];
+
+ private:
+  bool isShared() const { return this == createDefault(); }
+  static bool validRule(int month, int day, int dayOfWeek, long time, EMode mode, ETimeMode timeMode);
+
+  signed char _startMonth = 0;
+  signed char _startDay = 0;
+  signed char _startDayOfWeek = 0;
+  long _startTime = 0;
+  int _startTimeMode = kWallTime;
+  int _endTimeMode = kWallTime;
+  signed char _endMonth = 0;
+  signed char _endDay = 0;
+  signed char _endDayOfWeek = 0;
+  long _endTime = 0;
+  long _startYear = 0;
+  long _rawOffset = 0;
+  bool _useDaylight = false;
+  EMode _startMode = kDayOfMonthMode;
+  EMode _endMode = kDayOfMonthMode;
+  long _dstSavings = 3600000;
+};
+
+#endif  // KYBASE_CALENDAR_TIME_ZONE_H
