@@ -330,6 +330,30 @@ void TourLocale() {
   std::cout << "process locale put back to " << saved << "\n";
 }
 
+void TourUrl(const std::string& data) {
+  Heading("URL streams");
+  const std::string url = "file:" + data + "/journal.txt.gz";
+  std::ifstream raw(data + "/journal.txt.gz", std::ios::binary | std::ios::ate);
+  KyIUrlStream stream(url.c_str());
+  if (stream.fail()) {
+    std::cout << url << ": cannot open\n";
+    return;
+  }
+  std::string first;
+  std::getline(stream, first);
+  std::cout << "Opened " << url << " (" << raw.tellg() << " bytes of gzip); the stream inflates it by itself.\n"
+            << "First line: \"" << first << "\"\n";
+  std::string rest((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  std::cout << "Read to the end: " << first.size() + 1 + rest.size() << " bytes of text.\n";
+  // Everything read is kept, so the stream can go back even over data that came from
+  // a network connection.
+  stream.clear();
+  stream.seekg(first.size() + 1);
+  std::string second;
+  std::getline(stream, second);
+  std::cout << "Seeked back to byte " << first.size() + 1 << " and read again: \"" << second << "\"\n";
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -349,5 +373,6 @@ int main(int argc, char** argv) {
   TourStrings(text);
   TourXml(data);
   TourLocale();
+  TourUrl(data);
   return 0;
 }

@@ -14,12 +14,14 @@ namespace {
 std::map<unsigned short, unsigned short> routes;
 std::vector<std::string> names;
 std::vector<unsigned short> ports;
+void (*afterConnect)() = nullptr;
 
 }  // namespace
 
 void KyNetGuard::Route(unsigned short asked, unsigned short real) { routes[asked] = real; }
 std::vector<std::string>& KyNetGuard::Names() { return names; }
 std::vector<unsigned short>& KyNetGuard::Ports() { return ports; }
+void KyNetGuard::AfterConnect(void (*hook)()) { afterConnect = hook; }
 
 extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** result) {
   names.push_back(node != nullptr ? node : "");
@@ -37,8 +39,12 @@ extern "C" int connect(int descriptor, const sockaddr* address, socklen_t length
     auto route = routes.find(ports.back());
     if (to.sin_addr.s_addr == htonl(INADDR_LOOPBACK) && route != routes.end() && route->second != 0) {
       to.sin_port = htons(route->second);
-      return reinterpret_cast<decltype(&connect)>(dlsym(RTLD_NEXT, "connect"))(
+      int result = reinterpret_cast<decltype(&connect)>(dlsym(RTLD_NEXT, "connect"))(
           descriptor, reinterpret_cast<const sockaddr*>(&to), sizeof to);
+      int error = errno;
+      if (afterConnect != nullptr && (result == 0 || error == EINPROGRESS)) afterConnect();
+      errno = error;
+      return result;
     }
   }
   errno = ECONNREFUSED;

@@ -17,6 +17,9 @@ namespace KyNetGuard {
 void Route(unsigned short asked, unsigned short real);
 std::vector<std::string>& Names();
 std::vector<unsigned short>& Ports();
+// Called after every connection that went through (also one still in progress), so that
+// a single-threaded program can accept and answer before the library reads.
+void AfterConnect(void (*hook)());
 
 }  // namespace KyNetGuard
 

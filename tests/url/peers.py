@@ -3,8 +3,9 @@
 # argument) and end by themselves after 90 seconds. Modes:
 #   http DIR LOG: http.server on DIR; odd LOG: odd replies chosen by the path;
 #   ftp DIR LOG: pyftpdlib on DIR, user "u", password "p@x", a long banner;
-#   data DIR: compressed files made from known text; bomb FILE: 1 GiB of zeros as gzip.
-import gzip, os, socket, socketserver, struct, sys, threading, time, zlib
+#   data DIR [clean]: compressed files made from known text (or DIR removed);
+#   bomb FILE: 1 GiB of zeros as gzip.
+import gzip, os, shutil, socket, socketserver, struct, sys, threading, time, zlib
 
 def log(line):
     with open(sys.argv[-1], 'ab') as out:
@@ -12,7 +13,7 @@ def log(line):
 
 def serve(server, port):
     threading.Timer(90, lambda: os._exit(0)).start()
-    print(port, flush=True)
+    print(port, os.getpid(), flush=True)
     server.serve_forever()
 
 GZ = gzip.compress(b'hello gzip over http\n' * 100, mtime=0)
@@ -75,7 +76,10 @@ elif mode == 'ftp':
     Handler.authorizer.add_user('u', 'p@x', sys.argv[2])
     server = servers.FTPServer(('127.0.0.1', 0), Handler)
     serve(server, server.address[1])
+elif mode == 'data' and len(sys.argv) > 3:
+    shutil.rmtree(sys.argv[2])
 elif mode == 'data':
+    os.makedirs(sys.argv[2])
     os.chdir(sys.argv[2])
     text = b''.join(b'line %d of the sample text\n' % i for i in range(20000))
     os.makedirs('dir')
