@@ -62,7 +62,7 @@ coverage: deps
 	find $(BUILD)/coverage -name '*.gcda' -delete
 	tools/run_tests.sh $(BUILD)/coverage coverage
 	mkdir -p $(BUILD)/coverage/html
-	gcovr -r . --object-directory $(BUILD)/coverage --filter 'kybase/' \
+	gcovr -r . --object-directory $(BUILD)/coverage --filter 'kybase/' --exclude-directories '.*/CMakeFiles/[0-9].*' \
 	  --exclude-unreachable-branches --exclude-throw-branches -j $(JOBS) \
 	  --html-details $(BUILD)/coverage/html/index.html --txt $(BUILD)/coverage/coverage.txt \
 	  --print-summary > $(BUILD)/coverage/summary.txt
