@@ -3,11 +3,12 @@
 PACKAGES := cmake ninja-build g++ clang libclang-rt-14-dev pkg-config zlib1g-dev \
             libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libexpat1-dev locales \
             python3 python3-pyftpdlib zip \
-            gcovr libpugixml-dev
+            gcovr libpugixml-dev \
+            doxygen graphviz lintian
 BUILD    ?= build
 JOBS     ?= $(shell nproc)
 
-.PHONY: deps demo check test asan clang bench fuzz coverage clean
+.PHONY: deps demo check test asan clang bench fuzz coverage package clean
 
 deps:
 	@missing=""; for p in $(PACKAGES); do \
@@ -68,6 +69,18 @@ coverage: deps
 	  --print-summary > $(BUILD)/coverage/summary.txt
 	@echo "coverage of kybase/: $$(grep -E '^(lines|branches):' $(BUILD)/coverage/summary.txt | tr '\n' ' ')"
 	@echo "report: $(BUILD)/coverage/html/index.html"
+
+# Debian packages in $(BUILD)/package: libkybase0 (library and tools) and libkybase-dev,
+# built for /usr with Debian's hardening flags, then unpacked and used by the consumer
+# program and checked by lintian (tests/package/run_deb.cmake).
+package: deps
+	CXXFLAGS="$$(dpkg-buildflags --get CXXFLAGS) $$(dpkg-buildflags --get CPPFLAGS)" \
+	LDFLAGS="$$(dpkg-buildflags --get LDFLAGS)" \
+	  cmake -S . -B $(BUILD)/package -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
+	  -DKYBASE_WERROR=ON -DKYBASE_TESTS=OFF -DKYBASE_BENCH=OFF
+	cmake --build $(BUILD)/package -j $(JOBS)
+	cmake -P $(BUILD)/package/debian/check.cmake
+	@ls $(BUILD)/package/debian/check/debs/*.deb
 
 clean:
 	rm -rf $(BUILD)
