@@ -8,7 +8,7 @@ PACKAGES := cmake ninja-build g++ clang libclang-rt-14-dev pkg-config zlib1g-dev
 BUILD    ?= build
 JOBS     ?= $(shell nproc)
 
-.PHONY: deps demo check test asan clang bench fuzz coverage package clean
+.PHONY: deps demo check test asan clang bench fuzz coverage package docs clean
 
 deps:
 	@missing=""; for p in $(PACKAGES); do \
@@ -69,6 +69,13 @@ coverage: deps
 	  --print-summary > $(BUILD)/coverage/summary.txt
 	@echo "coverage of kybase/: $$(grep -E '^(lines|branches):' $(BUILD)/coverage/summary.txt | tr '\n' ' ')"
 	@echo "report: $(BUILD)/coverage/html/index.html"
+
+# The HTML reference of the public headers (Doxygen, with Graphviz's graphs) in
+# $(BUILD)/docs/reference/html. Any Doxygen warning, an undocumented public name
+# included, fails the target; the list is in $(BUILD)/docs/reference/warnings.log.
+docs: deps
+	cmake -S . -B $(BUILD)/docs -G Ninja -DKYBASE_TESTS=OFF -DKYBASE_BENCH=OFF -DKYBASE_EXAMPLES=OFF
+	cmake --build $(BUILD)/docs --target docs
 
 # Debian packages in $(BUILD)/package: libkybase0 (library and tools) and libkybase-dev,
 # built for /usr with Debian's hardening flags, then unpacked and used by the consumer
