@@ -5,8 +5,10 @@
 #define KYBASE_CORE_EXPORT_H
 
 #if defined(KYBASE_STATIC)
+/// Empty in the static build.
 #define KY_EXPORT
 #else
+/// Marks a class or function as part of the library's interface.
 #define KY_EXPORT __attribute__((visibility("default")))
 #endif
 

@@ -27,17 +27,25 @@
 
 class KyHashTable;
 
+/// The small-cell allocator; see the family page for its contract.
 class KY_EXPORT KyMemoryManager {
  public:
+  /// The manager of the process, made on the first call (which reads the switches).
   static KyMemoryManager& GetInstance();
 
+  /// A manager of its own, apart from GetInstance()'s; its cells die with it.
   KyMemoryManager();
+  /// Frees every block and every big request still alive.
   ~KyMemoryManager();
+  /// Not copyable: cells belong to one manager.
   KyMemoryManager(const KyMemoryManager&) = delete;
+  /// Not assignable.
   KyMemoryManager& operator=(const KyMemoryManager&) = delete;
 
   // The common case, a cell popped from or pushed on its free list, is inline; the
   // rest (switches, counters, bumping, new blocks, big requests) is out of line.
+  /// A cell of at least `size` bytes (8-aligned), or a heap block above 64 bytes; null
+  /// when the heap is exhausted.
   void* alloc(unsigned int size) {
     if (quiet && size - 1 < kMaxCell) {
       void*& head = freeLists[(size - 1) / 8];
@@ -48,6 +56,8 @@ class KY_EXPORT KyMemoryManager {
     }
     return allocSlow(size);
   }
+  /// Gives back a cell; `size` must fall in the class of the size given to alloc().
+  /// A null pointer is ignored.
   void release(void* pointer, unsigned int size) {
     if (quiet && pointer != nullptr && size - 1 < kMaxCell) {
       void*& head = freeLists[(size - 1) / 8];
@@ -57,6 +67,7 @@ class KY_EXPORT KyMemoryManager {
     }
     releaseSlow(pointer, size);
   }
+  /// Writes the bytes held in blocks and the bytes in use.
   void status(std::ostream& stream) const;
 
  private:
@@ -88,20 +99,22 @@ class KY_EXPORT KyMemoryManager {
   [[maybe_unused]] std::int32_t reserved;  // stays 0
   std::int32_t currentRequested;
   std::int32_t peakRequested;
-  // Requests above 64 bytes still alive, key and value the block; made at the first.
+  /// Requests above 64 bytes still alive, key and value the block; made at the first.
   KyHashTable* bigBlockTable;
-  // Cells are on and nothing is counted: the free lists may be used directly. Set
-  // once the switches have been read; cleared at destruction.
+  /// Cells are on and nothing is counted: the free lists may be used directly. Set
+  /// once the switches have been read; cleared at destruction.
   bool quiet;
   bool singleton;
 };
 
-// Heap doors. KyMalloc and KyRealloc retry through std::get_new_handler() for as long
-// as a handler is installed and the heap says no; without a handler they return null.
+/// Heap doors. KyMalloc and KyRealloc retry through std::get_new_handler() for as long
+/// as a handler is installed and the heap says no; without a handler they return null.
 KY_EXPORT void* KyMalloc(unsigned int size);
+/// realloc() that retries through the new handler in the same way.
 KY_EXPORT void* KyRealloc(void* pointer, unsigned int size);
+/// free(); null is ignored.
 KY_EXPORT void KyFree(void* pointer);
-// With a size of 0 nothing is touched, so null pointers may pass.
+/// With a size of 0 nothing is touched, so null pointers may pass.
 KY_EXPORT void* KyMemMove(void* destination, const void* source, unsigned int size);
 
 #endif  // KYBASE_CORE_MEMORY_MANAGER_H
