@@ -28,37 +28,59 @@
 class Ky_SLIterator;
 class Ky_SALIterator;
 
+/// A singly linked list of values with a tail; the untyped base of KyList and the
+/// typed faces.
 class KY_EXPORT Ky_List {
  public:
+  /// One link of the chain: a value and the next cell. Cells come from KyMemoryManager.
   class KY_EXPORT Cell {
    public:
+    /// A cell holding `value` in front of `next`.
     Cell(void* value, Cell* next) : value(value), next(next) {}
+    /// Deletes the whole chain behind this cell, without deep recursion.
     ~Cell();
+    /// Shares the chain behind.
     Cell(const Cell&) = default;
+    /// Shares the chain behind.
     Cell& operator=(const Cell&) = default;
 
+    /// A cell from KyMemoryManager.
     static void* operator new(std::size_t size);
+    /// Back to KyMemoryManager.
     static void operator delete(void* pointer, std::size_t size);
 
+    /// The value.
     void* getValue() const { return value; }
+    /// Replaces the value.
     void setValue(void* newValue) { value = newValue; }
+    /// The next cell, or null.
     Cell* getNext() const { return next; }
+    /// Relinks the cell.
     void setNext(Cell* newNext) { next = newNext; }
 
-    // The value `index` cells further on; null past the end.
+    /// The value `index` cells further on; null past the end.
     void* operator[](unsigned long index) const;
+    /// Replaces the value `index` cells further on; nothing past the end.
     void setValue(unsigned long index, void* newValue);
+    /// The first cell from here on holding `wanted`, or null.
     const Cell* find(void* wanted) const;
+    /// The last cell of the chain.
     Cell* getLast() const;
+    /// The number of cells from here to the end, counted.
     unsigned long getLength() const;
+    /// The same as getLength().
     unsigned long length() const { return getLength(); }
+    /// A new chain holding the same values.
     Cell* copy() const;
-    // Removes the first cell of this bare chain holding `wanted` and returns the new
-    // head. Knows no list: repairs no iterator, tail or length.
+    /// Removes the first cell of this bare chain holding `wanted` and returns the new
+    /// head. Knows no list: repairs no iterator, tail or length.
     Cell* remove(void* wanted);
-    // The next cell is read before each call, so `function` may remove its own cell.
+    /// The next cell is read before each call, so `function` may remove its own cell.
     void apply(void (*function)(void* value, void* argument), void* argument);
+    /// The same as apply().
     void map(void (*function)(void* value, void* argument), void* argument) { apply(function, argument); }
+    /// Calls function(value, argument, stop) from here on until a call returns something
+    /// other than `stop`, and returns that; `stop` when every call returned it.
     void* mapUntil(void* (*function)(void* value, void* argument, void* stop), void* argument, void* stop) const;
 
    private:
@@ -66,46 +88,73 @@ class KY_EXPORT Ky_List {
     Cell* next;
   };
 
+  /// An empty list.
   Ky_List() = default;
+  /// Orphans the safe iterators, then deletes the cells; the values stay.
   ~Ky_List();
+  /// Shares the chain (see copy() for a real copy).
   Ky_List(const Ky_List&) = default;
+  /// Shares the chain.
   Ky_List& operator=(const Ky_List&) = default;
 
+  /// A list object from KyMemoryManager.
   static void* operator new(std::size_t size);
+  /// Back to KyMemoryManager.
   static void operator delete(void* pointer, std::size_t size);
 
+  /// The first cell, or null.
   Cell* getFirst() const { return first; }
+  /// The last cell, or null.
   Cell* getLast() const { return last; }
+  /// The number of values.
   unsigned long getLength() const { return count; }
+  /// The same as getLength().
   unsigned long length() const { return count; }
 
+  /// Deletes every cell and sends the safe iterators to the end.
   void empty();
+  /// Appends a cell (and the chain behind it); the list owns it from now on.
   void append(Cell* cell);
-  // A negative position or one past the end appends.
+  /// A negative position or one past the end appends.
   void insert(Cell* cell, long position);
-  // Detaches the first cell holding `value`; the caller owns it (its link is null).
+  /// Detaches the first cell holding `value`; the caller owns it (its link is null).
   Cell* removeCell(void* value);
+  /// Calls function(value, argument) on every value, head to tail; the next cell is read
+  /// before each call, so `function` may remove its own cell.
   void apply(void (*function)(void* value, void* argument), void* argument);
+  /// The same as apply().
   void map(void (*function)(void* value, void* argument), void* argument) { apply(function, argument); }
+  /// Cell::mapUntil() from the head; `stop` on an empty list.
   void* mapUntil(void* (*function)(void* value, void* argument, void* stop), void* argument, void* stop) const;
+  /// Replaces the value at `index`; nothing past the end.
   void setValue(unsigned long index, void* value);
+  /// Exchanges the places of two values; nothing unless both are in the list.
   void swap(void* firstValue, void* secondValue);
-  // Moves `value` one place towards the head.
+  /// Moves `value` one place towards the head.
   void push(void* value);
-  // Moves `value` one place towards the tail.
+  /// Moves `value` one place towards the tail.
   void pop(void* value);
 
+  /// Registers a safe iterator; its constructor calls this.
   void ai(Ky_SLIterator* iterator);
+  /// Unregisters a safe iterator; its destructor calls this.
   void ri(Ky_SLIterator* iterator);
 
  protected:
+  /// Appends a value.
   void a(void* value);
+  /// Inserts a value at `position`; a negative position or one past the end appends.
   void i(void* value, long position);
+  /// Removes the first cell holding `value` and moves safe iterators past it; false when
+  /// there is none.
   bool r(void* value);
+  /// True when the list holds `value`.
   bool f(void* value) const;
+  /// The value at `index`; null past the end.
   void* get(unsigned long index) const;
+  /// A new list holding the same values.
   Ky_List* cp() const;
-  // Appends every value of this list to `target`.
+  /// Appends every value of this list to `target`.
   void copyInto(Ky_List& target) const;
 
  private:
@@ -120,27 +169,44 @@ class KY_EXPORT Ky_List {
   std::uint32_t count = 0;
 };
 
+/// A singly linked list of (key, value) pairs compared by identity; the untyped base
+/// of KyAList.
 class KY_EXPORT Ky_AList {
  public:
+  /// One link of the chain: a key, a value and the next cell, from KyMemoryManager.
   class KY_EXPORT Cell {
    public:
+    /// A cell holding the pair in front of `next`.
     Cell(void* key, void* value, Cell* next) : key(key), value(value), next(next) {}
+    /// Deletes the whole chain behind this cell.
     ~Cell();
+    /// Shares the chain behind.
     Cell(const Cell&) = default;
+    /// Shares the chain behind.
     Cell& operator=(const Cell&) = default;
 
+    /// A cell from KyMemoryManager.
     static void* operator new(std::size_t size);
+    /// Back to KyMemoryManager.
     static void operator delete(void* pointer, std::size_t size);
 
+    /// The key.
     void* getKey() const { return key; }
+    /// Replaces the key.
     void setKey(void* newKey) { key = newKey; }
+    /// The value.
     void* getValue() const { return value; }
+    /// Replaces the value.
     void setValue(void* newValue) { value = newValue; }
+    /// The next cell, or null.
     Cell* getNext() const { return next; }
+    /// Relinks the cell.
     void setNext(Cell* newNext) { next = newNext; }
 
-    // The first cell from here on with this key; its value goes to `*found` if given.
+    /// The first cell from here on with this key; its value goes to `*found` if given.
     const Cell* find(void* wanted, void** found) const;
+    /// Calls function(key, value, argument, stop) from here on until a call returns
+    /// something other than `stop`, and returns that; `stop` when every call returned it.
     void* mapUntil(void* (*function)(void* key, void* value, void* argument, void* stop), void* argument,
                    void* stop) const;
 
@@ -150,39 +216,60 @@ class KY_EXPORT Ky_AList {
     Cell* next;
   };
 
+  /// An empty list.
   Ky_AList() = default;
+  /// Orphans the safe iterators, then deletes the cells; keys and values stay.
   ~Ky_AList();
+  /// Shares the chain.
   Ky_AList(const Ky_AList&) = default;
+  /// Shares the chain.
   Ky_AList& operator=(const Ky_AList&) = default;
 
+  /// A list object from KyMemoryManager.
   static void* operator new(std::size_t size);
+  /// Back to KyMemoryManager.
   static void operator delete(void* pointer, std::size_t size);
 
+  /// The first cell, or null.
   Cell* getFirst() const { return first; }
+  /// The number of pairs.
   unsigned long getLength() const { return count; }
+  /// The same as getLength().
   unsigned long length() const { return count; }
 
+  /// Deletes every cell and sends the safe iterators to the end.
   void empty();
-  // The next cell is read after each call: `function` must not remove its own cell.
+  /// The next cell is read after each call: `function` must not remove its own cell.
+  /// Calls function(key, value, argument) on every pair, head to tail.
   void apply(void (*function)(void* key, void* value, void* argument), void* argument);
+  /// Cell::mapUntil() from the head; `stop` on an empty list.
   void* mapUntil(void* (*function)(void* key, void* value, void* argument, void* stop), void* argument,
                  void* stop) const;
 
+  /// Registers a safe iterator; its constructor calls this.
   void ai(Ky_SALIterator* iterator);
+  /// Unregisters a safe iterator; its destructor calls this.
   void ri(Ky_SALIterator* iterator);
 
  protected:
+  /// Appends a pair, walking to the end.
   void a(void* key, void* value);
+  /// Inserts a pair at `position`; a negative position or one past the end appends.
   void i(void* key, void* value, long position);
+  /// True when a pair has this key; its value goes to `*value` if given.
   bool f(void* key, void** value) const;
+  /// The value of the first pair with this key, or null.
   void* g(void* key) const;
-  // Stores `value` in the first cell of `key`; false if there is none.
+  /// Stores `value` in the first cell of `key`; false if there is none.
   bool r(void* key, void* value);
+  /// Removes the first pair with this key; false when there is none.
   bool rm(void* key);
+  /// Removes the first pair with this key and this value; false when there is none.
   bool rm(void* key, void* value);
-  // The first cell with this key (and value); its predecessor goes to `*previous`
-  // (null at the head; the last cell, or null when empty, if nothing matches).
+  /// The first cell with this key (and value); its predecessor goes to `*previous`
+  /// (null at the head; the last cell, or null when empty, if nothing matches).
   Cell* gc(void* key, void* value, Cell** previous) const;
+  /// gc() on the key alone.
   Cell* gfc(void* key, Cell** previous) const;
 
  private:
@@ -197,24 +284,33 @@ class KY_EXPORT Ky_AList {
   std::uint32_t count = 0;
 };
 
+/// A plain iterator over a Ky_List: registers nothing, so it dangles when the cell it
+/// stands on is removed (r() repairs it by hand).
 class KY_EXPORT Ky_LIterator {
  public:
+  /// An iterator standing on the first cell of `list`.
   explicit Ky_LIterator(const Ky_List& list) : list(const_cast<Ky_List*>(&list)), current(list.first) {}
 
+  /// True while a cell is left.
   bool hasMoreElements() const { return current != nullptr; }
+  /// False once the list died (safe iterators only learn of that).
   bool isListAlive() const { return list != nullptr; }
-  // Both forms advance one cell and return this iterator.
+  /// Advances one cell and returns this iterator.
   Ky_LIterator& operator++();
+  /// The same as the prefix form.
   Ky_LIterator& operator++(int);
-  // Steps over `cell` if it is the next one: the repair of a plain iterator by hand.
+  /// Steps over `cell` if it is the next one: the repair of a plain iterator by hand.
   void r(void* cell);
+  /// Sends the iterator to the end.
   void e() { current = nullptr; }
+  /// Orphans the iterator: no list, at the end.
   void d() {
     list = nullptr;
     current = nullptr;
   }
 
  protected:
+  /// The value of the current cell, then advances; null at the end.
   void* nextElement();
 
  private:
@@ -224,26 +320,37 @@ class KY_EXPORT Ky_LIterator {
   Ky_List::Cell* current;
 };
 
+/// A plain iterator over a Ky_AList, with the same limits as Ky_LIterator.
 class KY_EXPORT Ky_ALIterator {
  public:
+  /// An iterator standing on the first cell of `list`.
   explicit Ky_ALIterator(const Ky_AList& list) : list(const_cast<Ky_AList*>(&list)), current(list.first) {}
 
+  /// True while a cell is left.
   bool hasMoreElements() const { return current != nullptr; }
+  /// False once the list died.
   bool isListAlive() const { return list != nullptr; }
+  /// Advances one cell and returns this iterator.
   Ky_ALIterator& operator++();
+  /// The same as the prefix form.
   Ky_ALIterator& operator++(int);
+  /// Steps over `cell` if it is the next one.
   void r(void* cell);
+  /// Sends the iterator to the end.
   void e() { current = nullptr; }
+  /// Orphans the iterator: no list, at the end.
   void d() {
     list = nullptr;
     current = nullptr;
   }
 
  protected:
+  /// The value of the current cell, then advances; null at the end.
   void* nextElement();
+  /// The key of the current cell, then advances; null at the end.
   void* nextKey();
-  // Stores the value, returns the key and advances; at the end returns null and leaves
-  // `value` alone.
+  /// Stores the value, returns the key and advances; at the end returns null and leaves
+  /// `value` alone.
   void* nextPair(void*& value);
 
  private:
@@ -253,11 +360,17 @@ class KY_EXPORT Ky_ALIterator {
   Ky_AList::Cell* current;
 };
 
+/// A safe iterator over a Ky_List: the list moves it past a removed cell, sends it to
+/// the end on empty() and orphans it when the list dies.
 class KY_EXPORT Ky_SLIterator : public Ky_LIterator {
  public:
+  /// Registers with `list` and stands on its first cell.
   explicit Ky_SLIterator(const Ky_List& list);
+  /// Unregisters from its list, if the list still lives.
   ~Ky_SLIterator();
+  /// A member-wise copy: it is not registered with the list.
   Ky_SLIterator(const Ky_SLIterator&) = default;
+  /// Member-wise.
   Ky_SLIterator& operator=(const Ky_SLIterator&) = default;
 
  private:
@@ -265,11 +378,16 @@ class KY_EXPORT Ky_SLIterator : public Ky_LIterator {
   Ky_SLIterator* nextIterator = nullptr;
 };
 
+/// A safe iterator over a Ky_AList, kept right by its list as Ky_SLIterator is.
 class KY_EXPORT Ky_SALIterator : public Ky_ALIterator {
  public:
+  /// Registers with `list` and stands on its first cell.
   explicit Ky_SALIterator(const Ky_AList& list);
+  /// Unregisters from its list, if the list still lives.
   ~Ky_SALIterator();
+  /// A member-wise copy: it is not registered with the list.
   Ky_SALIterator(const Ky_SALIterator&) = default;
+  /// Member-wise.
   Ky_SALIterator& operator=(const Ky_SALIterator&) = default;
 
  private:
@@ -277,9 +395,9 @@ class KY_EXPORT Ky_SALIterator : public Ky_ALIterator {
   Ky_SALIterator* nextIterator = nullptr;
 };
 
-// A list face with an element type: the public names of Ky_List's working operations
-// and a plain and a safe iterator returning that type. Expands to inline forwarders
-// only, so every face runs the same code.
+/// A list face with an element type: the public names of Ky_List's working operations
+/// and a plain and a safe iterator returning that type. Expands to inline forwarders
+/// only, so every face runs the same code.
 #define KY_TYPED_LIST(List, Iterator, SafeIterator, Element)                                             \
   class KY_EXPORT List : public Ky_List {                                                                \
    public:                                                                                               \
@@ -309,21 +427,34 @@ class KY_EXPORT Ky_SALIterator : public Ky_ALIterator {
 
 KY_TYPED_LIST(KyList, KyListIterator, KySafeListIterator, void*)
 
+/// The list of (key, value) pairs with public names for its working operations.
 class KY_EXPORT KyAList : public Ky_AList {
  public:
+  /// An empty list.
   KyAList() = default;
+  /// Appends a pair.
   void append(void* key, void* value) { a(key, value); }
+  /// Inserts a pair at `position`; negative or past the end appends.
   void insert(void* key, void* value, long position) { i(key, value, position); }
+  /// True when a pair has this key; its value goes to `*value` if given.
   bool find(void* key, void** value) const { return f(key, value); }
+  /// The value of the first pair with this key, or null.
   void* get(void* key) const { return g(key); }
+  /// Stores `value` in the first pair of `key`; false if there is none.
   bool replace(void* key, void* value) { return r(key, value); }
+  /// Removes the first pair with this key; false when there is none.
   bool remove(void* key) { return rm(key); }
+  /// Removes the first pair with this key and value; false when there is none.
   bool remove(void* key, void* value) { return rm(key, value); }
+  /// The first cell with this key and value; its predecessor goes to `*previous`.
   Cell* getCell(void* key, void* value, Cell** previous) const { return gc(key, value, previous); }
+  /// The first cell with this key; its predecessor goes to `*previous`.
   Cell* getFirstCell(void* key, Cell** previous) const { return gfc(key, previous); }
+  /// The same as getFirstCell().
   Cell* getItem(void* key, Cell** previous) const { return gfc(key, previous); }
 };
 
+/// A KyAList iterator face over `Base`: getNextElement, getNextKey and getNextPair.
 #define KY_ALIST_ITERATOR_FACE(Iterator, Base)                   \
   class KY_EXPORT Iterator : public Base {                       \
    public:                                                       \

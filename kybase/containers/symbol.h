@@ -11,17 +11,23 @@
 
 #include "kybase/core/export.h"
 
+/// An interned string; see the family page for its life.
 class KY_EXPORT KySymbol {
  public:
-  // The symbol of `name` (compared byte for byte), made if missing and `create` is
-  // true; otherwise null when missing.
+  /// The symbol of `name` (compared byte for byte), made if missing and `create` is
+  /// true; otherwise null when missing.
   static KySymbol* Get(const char* name, bool create);
 
+  /// The text, a copy owned by the symbol.
   const char* name() const { return text; }
+  /// The text.
   operator const char*() const { return text; }
+  /// The client's cache word (0 at first).
   unsigned long getCache() const { return cache; }
+  /// Stores the client's cache word.
   void setCache(unsigned long value) { cache = value; }
 
+  /// Member-wise: the two share one text, so keep symbols by pointer.
   KySymbol& operator=(const KySymbol&) = default;
 
  private:
