@@ -10,12 +10,14 @@
 
 #include "kybase/core/export.h"
 
+/// The process-wide record of the last XML fault; see the family page.
 class KY_EXPORT KyXmlError {
  public:
+  /// How bad the recorded fault is: none, a warning, an error.
   enum Severity { kNone = 0, kWarning = 1, kError = 2 };
 
-  // The codes, by the names Get gives them. 8 (a bad external literal of a document
-  // type) and 25 (no element could be made) have no name.
+  /// The codes, by the names Get gives them. 8 (a bad external literal of a document
+  /// type) and 25 (no element could be made) have no name.
   enum Code {
     kInvalidDocument = 1,
     kEmptyDocument = 2,
@@ -44,10 +46,13 @@ class KY_EXPORT KyXmlError {
     kElementNotCreated = 25,
   };
 
+  /// Records a fault, replacing the one recorded before.
   static void Set(Severity severity, int code, int line);
+  /// Clears the record.
   static void Reset();
+  /// True while a fault is recorded.
   static bool IsSet() { return _Severity != kNone; }
-  // Copies the record to the arguments and returns the code's name, or null.
+  /// Copies the record to the arguments and returns the code's name, or null.
   static const char* Get(Severity& severity, int& code, int& line);
 
  private:
