@@ -5,7 +5,9 @@
 #ifndef KYBASE_LOCALE_DAYS_OF_WEEK_H
 #define KYBASE_LOCALE_DAYS_OF_WEEK_H
 
+/// The holder of the week-day numbers.
 struct KyDaysOfWeek {
+  /// The days of the week, Sunday 1 to Saturday 7.
   enum EDaysOfWeek {
     kSunday = 1,
     kMonday = 2,

@@ -5,6 +5,7 @@
 #ifndef KYBASE_LOCALE_LOCALE_TABLES_H
 #define KYBASE_LOCALE_LOCALE_TABLES_H
 
+/// The standard encodings, by the values the name tables use; 0 is unknown.
 enum KyEncoding {
   kUnknownEncoding = 0,
   kUSASCII = 1,
@@ -50,10 +51,11 @@ enum KyEncoding {
   kDECHanyu = 41,
 };
 
+/// How text in one encoding reads under another.
 enum KyEncodingCompat {
-  kNotCompatible = 0,
-  kCompatible = 1,
-  kPartlyCompatible = 2,
+  kNotCompatible = 0,     ///< characters may be lost or misread
+  kCompatible = 1,        ///< every character reads the same
+  kPartlyCompatible = 2,  ///< the common part (such as ASCII) reads the same
 };
 
 #endif  // KYBASE_LOCALE_LOCALE_TABLES_H
