@@ -13,3 +13,11 @@ void KyInternalString::reserve(int n) {
   value = block;
   size = static_cast<unsigned int>(n);
 }
+
+KyInternalString* KyInternalString::substituted(const KyInternalString& oldText, const KyInternalString& newText,
+                                                int start, int end, int oldStart, int oldEnd, int newStart,
+                                                int newEnd) const {
+  KyInternalString* twin = copy();
+  twin->substitute(oldText, newText, start, end, oldStart, oldEnd, newStart, newEnd);
+  return twin;
+}

@@ -39,6 +39,10 @@ class KY_EXPORT KyInternalString {
   virtual void replace(const KyInternalString& other, int start, int end, int otherStart, int otherEnd) = 0;
   virtual void substitute(const KyInternalString& oldText, const KyInternalString& newText, int start, int end,
                           int oldStart, int oldEnd, int newStart, int newEnd) = 0;
+  // A new body (count 0) holding what substitute would leave in a copy of this one;
+  // this body is not changed, so the arguments may be this very body.
+  virtual KyInternalString* substituted(const KyInternalString& oldText, const KyInternalString& newText, int start,
+                                        int end, int oldStart, int oldEnd, int newStart, int newEnd) const;
   virtual void toLower() = 0;
   virtual void toUpper() = 0;
   virtual KyInternalString* copy() const = 0;

@@ -331,19 +331,30 @@ KyString& KyString::substitute(const KyString& oldText, const KyString& newText,
   if (oldMix < 0 || newMix < 0) return *this;
   const int first = getIndexOf(oldText, start, oldStart, oldEnd);
   if (first == -1 || (end != -1 && first >= end)) return *this;
-  // Always a private copy, even for the only owner: remove passes this very string as
-  // newText, and the copy is what both names then refer to.
-  KyInternalString* own = internalString->copy();
-  own->refCount = 1;
-  Release(internalString);
-  internalString = own;
   std::unique_ptr<KyMBString> oldTemporary;
   std::unique_ptr<KyMBString> newTemporary;
   if (oldMix == 1) oldTemporary.reset(new KyMBString(oldText.getValue()));
   if (newMix == 1) newTemporary.reset(new KyMBString(newText.getValue()));
-  internalString->substitute(oldTemporary ? *oldTemporary : *oldText.internalString,
-                             newTemporary ? *newTemporary : *newText.internalString, start, end, oldStart, oldEnd,
-                             newStart, newEnd);
+  const KyInternalString& oldBody = oldTemporary ? *oldTemporary : *oldText.internalString;
+  const KyInternalString& newBody = newTemporary ? *newTemporary : *newText.internalString;
+  KyInternalString* own;
+  if (&oldText == this || &newText == this) {
+    // This very string as an argument (remove passes it as newText) names the private
+    // copy that is being edited, as both names refer to it from here on.
+    own = internalString->copy();
+    own->refCount = 1;
+    Release(internalString);
+    internalString = own;
+    own->substitute(&oldText == this && !oldTemporary ? *own : oldBody, &newText == this && !newTemporary ? *own : newBody,
+                    start, end, oldStart, oldEnd, newStart, newEnd);
+    return *this;
+  }
+  // Otherwise the result is made as a new body, whose text an edit that changes the
+  // length need not copy first.
+  own = internalString->substituted(oldBody, newBody, start, end, oldStart, oldEnd, newStart, newEnd);
+  own->refCount = 1;
+  Release(internalString);
+  internalString = own;
   return *this;
 }
 

@@ -1,6 +1,9 @@
 #include "kybase/text/mb_string.h"
 
+#include <langinfo.h>
+
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <cwctype>
 
@@ -54,8 +57,12 @@ wchar_t* WideOf(const char* text, std::size_t* units, std::size_t* bytes) {
 // The narrow form of wide in a new block, stopping before the first unit that the
 // current encoding cannot write. *bytes gets its length without the terminator. One
 // pass into a block that grows when the text needs more than a quarter extra.
+char* NarrowOfUtf8(const wchar_t* wide, std::size_t units, std::size_t* bytes);
+
 char* NarrowOf(const wchar_t* wide, std::size_t* bytes) {
   const std::size_t units = std::wcslen(wide);
+  if (std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0)
+    if (char* narrow = NarrowOfUtf8(wide, units, bytes)) return narrow;
   std::size_t capacity = units + units / 4 + 16;
   char* narrow = new char[capacity];
   std::size_t used = 0;
@@ -91,6 +98,56 @@ char* NarrowOf(const wchar_t* wide, std::size_t* bytes) {
   for (const wchar_t* unit = wide; unit != stop; ++unit) used += std::wcrtomb(narrow + used, *unit, &state);
   narrow[used] = '\0';
   *bytes = used;
+  return narrow;
+}
+
+// Under UTF-8, wcsrtombs writes scalar values in their standard form; this writes the
+// same bytes without a call per character. A text holding anything else (a surrogate,
+// a value past U+10FFFF) gives null and takes the general way.
+char* NarrowOfUtf8(const wchar_t* wide, std::size_t units, std::size_t* bytes) {
+  // An ASCII text, the common case, is one pass into a block of its exact size.
+  std::size_t ascii = 0;
+  while (ascii < units && static_cast<std::uint32_t>(wide[ascii]) < 0x80) ++ascii;
+  std::size_t total = ascii;
+  for (std::size_t i = ascii; i < units; ++i) {
+    const auto unit = static_cast<std::uint32_t>(wide[i]);
+    if (unit < 0x80) {
+      ++total;
+    } else if (unit < 0x800) {
+      total += 2;
+    } else if (unit < 0x10000) {
+      if (unit >= 0xD800 && unit < 0xE000) return nullptr;
+      total += 3;
+    } else if (unit <= 0x10FFFF) {
+      total += 4;
+    } else {
+      return nullptr;
+    }
+  }
+  if (total > kLimit) return nullptr;
+  char* narrow = new char[total + 1];
+  char* out = narrow;
+  for (std::size_t i = 0; i < ascii; ++i) *out++ = static_cast<char>(wide[i]);
+  for (std::size_t i = ascii; i < units; ++i) {
+    const auto unit = static_cast<std::uint32_t>(wide[i]);
+    if (unit < 0x80) {
+      *out++ = static_cast<char>(unit);
+      continue;
+    }
+    if (unit < 0x800) {
+      *out++ = static_cast<char>(0xC0 | (unit >> 6));
+    } else if (unit < 0x10000) {
+      *out++ = static_cast<char>(0xE0 | (unit >> 12));
+      *out++ = static_cast<char>(0x80 | ((unit >> 6) & 0x3F));
+    } else {
+      *out++ = static_cast<char>(0xF0 | (unit >> 18));
+      *out++ = static_cast<char>(0x80 | ((unit >> 12) & 0x3F));
+      *out++ = static_cast<char>(0x80 | ((unit >> 6) & 0x3F));
+    }
+    *out++ = static_cast<char>(0x80 | (unit & 0x3F));
+  }
+  *out = '\0';
+  *bytes = total;
   return narrow;
 }
 
@@ -280,6 +337,31 @@ void KyMBString::substitute(const KyInternalString& oldText, const KyInternalStr
       adoptWide(rebuilt);
       return;
   }
+}
+
+// As for single-byte text: a change of length builds the new wide form from this
+// body's, which is only read.
+KyInternalString* KyMBString::substituted(const KyInternalString& oldText, const KyInternalString& newText, int start,
+                                          int end, int oldStart, int oldEnd, int newStart, int newEnd) const {
+  const KyMBString& oldWide = Wide(oldText);
+  const KyMBString& newWide = Wide(newText);
+  const int clampedEnd = KyClampEnd(end, length);
+  const int clampedOldEnd = KyClampEnd(oldEnd, oldWide.length);
+  const int clampedNewEnd = KyClampEnd(newEnd, newWide.length);
+  const int clampedOldStart = KyClampStart(oldStart, clampedOldEnd);
+  const int clampedNewStart = KyClampStart(newStart, clampedNewEnd);
+  if (start >= clampedEnd || oldStart >= clampedOldEnd || newStart > clampedNewEnd ||
+      clampedOldEnd - clampedOldStart == clampedNewEnd - clampedNewStart)
+    return KyInternalString::substituted(oldText, newText, start, end, oldStart, oldEnd, newStart, newEnd);
+  wchar_t* rebuilt = nullptr;
+  if (KySubstituteUnits(wideValue, length, KyClampStart(start, clampedEnd), clampedEnd,
+                        oldWide.wideValue + clampedOldStart, clampedOldEnd - clampedOldStart,
+                        newWide.wideValue + clampedNewStart, clampedNewEnd - clampedNewStart,
+                        &rebuilt) != kKyUnitEditRebuilt)
+    return copy();
+  auto* result = new KyMBString();
+  result->adoptWide(rebuilt);
+  return result;
 }
 
 void KyMBString::toLower() {

@@ -46,6 +46,8 @@ class KY_EXPORT KyMBString : public KyInternalString {
   void replace(const KyInternalString& other, int start, int end, int otherStart, int otherEnd) override;
   void substitute(const KyInternalString& oldText, const KyInternalString& newText, int start, int end,
                   int oldStart, int oldEnd, int newStart, int newEnd) override;
+  KyInternalString* substituted(const KyInternalString& oldText, const KyInternalString& newText, int start, int end,
+                                int oldStart, int oldEnd, int newStart, int newEnd) const override;
   void toLower() override;
   void toUpper() override;
   KyInternalString* copy() const override;

@@ -150,6 +150,28 @@ void KySBString::substitute(const KyInternalString& oldText, const KyInternalStr
   }
 }
 
+// An edit that changes the length builds its result from this body's text straight
+// into the new body's block; the text is only read on that path.
+KyInternalString* KySBString::substituted(const KyInternalString& oldText, const KyInternalString& newText, int start,
+                                          int end, int oldStart, int oldEnd, int newStart, int newEnd) const {
+  const int clampedEnd = KyClampEnd(end, length);
+  const int clampedOldEnd = KyClampEnd(oldEnd, NarrowLength(oldText));
+  const int clampedNewEnd = KyClampEnd(newEnd, NarrowLength(newText));
+  const int clampedOldStart = KyClampStart(oldStart, clampedOldEnd);
+  const int clampedNewStart = KyClampStart(newStart, clampedNewEnd);
+  if (start >= clampedEnd || oldStart >= clampedOldEnd || newStart > clampedNewEnd ||
+      clampedOldEnd - clampedOldStart == clampedNewEnd - clampedNewStart)
+    return KyInternalString::substituted(oldText, newText, start, end, oldStart, oldEnd, newStart, newEnd);
+  char* rebuilt = nullptr;
+  if (KySubstituteUnits(value, length, KyClampStart(start, clampedEnd), clampedEnd, oldText.getValue() + clampedOldStart,
+                        clampedOldEnd - clampedOldStart, newText.getValue() + clampedNewStart,
+                        clampedNewEnd - clampedNewStart, &rebuilt) != kKyUnitEditRebuilt)
+    return copy();
+  auto* result = new KySBString();
+  result->adopt(rebuilt);
+  return result;
+}
+
 void KySBString::toLower() {
   for (int i = 0; i < length; ++i) value[i] = static_cast<char>(std::tolower(static_cast<unsigned char>(value[i])));
 }

@@ -130,6 +130,20 @@ TEST_P(KyStringSearchTest, Searches) {
   for (std::size_t i = 0; i < sizeof ends / sizeof ends[0]; ++i) EXPECT_EQ(ends[i].first, ends[i].second) << i;
 }
 
+// Candidates that keep failing move the search to its other strategy mid-text.
+TEST_P(KyStringSearchTest, SearchesAmongManyNearMisses) {
+  std::string text;
+  for (int i = 0; i < 3000; ++i) text += i % 97 == 96 ? " the " : i % 3 ? " th" : " tx ";
+  text += " thee";
+  const KyString s(text.c_str());
+  for (const char* pattern : {" the ", " thee", "e  t", " the  "}) {
+    for (int from : {0, 1, 500, 9000}) {
+      const std::size_t at = text.find(pattern, static_cast<std::size_t>(from));
+      EXPECT_EQ(s.getIndexOf(pattern, from), at == std::string::npos ? -1 : static_cast<int>(at)) << pattern << from;
+    }
+  }
+}
+
 TEST_P(KyStringSearchTest, Splicing) {
   KyString s("hello");
   KyString shared(s);
