@@ -27,21 +27,21 @@ class KY_EXPORT KyNumeric {
 
   KyNumeric();
   KyNumeric(long value);
-  /// An invalid text leaves the value zero.
+  // An invalid text leaves the value zero.
   KyNumeric(const char* text);
   KyNumeric(const KyNumeric& other);
   KyNumeric& operator=(const KyNumeric& other);
   ~KyNumeric();
 
-  /// Always true.
+  // Always true.
   bool set(long value);
-  /// False for an invalid text, the value then unchanged; a null text is zero.
+  // False for an invalid text, the value then unchanged; a null text is zero.
   bool set(const char* text);
   void set(const KyNumeric& other);
 
-  /// Writes the text form into `buffer` of `size` bytes, cut silently when it is too
-  /// small; a full buffer is not terminated. Nothing happens for a null buffer or a size
-  /// below 1.
+  // Writes the text form into `buffer` of `size` bytes, cut silently when it is too
+  // small; a full buffer is not terminated. Nothing happens for a null buffer or a size
+  // below 1.
   void get(char* buffer, long size) const;
 
   operator long() const;
@@ -65,11 +65,11 @@ class KY_EXPORT KyNumeric {
   bool isZero() const;
   bool isInteger() const;
   bool isReal() const;
-  /// Number of stored digits.
+  // Number of stored digits.
   short getPrecision() const;
-  /// Digits behind the point; negative when the point stands behind the stored digits.
+  // Digits behind the point; negative when the point stands behind the stored digits.
   short getScale() const;
-  /// Moves the point so that `scale` digits stand behind it; never rounds.
+  // Moves the point so that `scale` digits stand behind it; never rounds.
   KyNumeric& setScale(short scale);
 
  private:
