@@ -19,10 +19,10 @@
 
 #include "kybase/core/export.h"
 
-// Writes `value` with `format` (null means "%.16g") and returns the length of the text.
+/// Writes `value` with `format` (null means "%.16g") and returns the length of the text.
 KY_EXPORT int KyDoubleToString(char* buffer, double value, const char* format);
 
-// Reads a number at the start of `text` into `result`; false when the result is a NaN.
+/// Reads a number at the start of `text` into `result`; false when the result is a NaN.
 KY_EXPORT bool KyStringToDouble(const char* text, char*& end, double& result);
 
 #endif  // KYBASE_TEXT_NUMBER_TEXT_H

@@ -21,55 +21,80 @@
 
 #include "kybase/core/export.h"
 
+/// A 48-digit decimal value; see the family page for its kept oddities.
 class KY_EXPORT KyNumeric {
  public:
+  /// The number of digits a value holds.
   static constexpr int kMaxDigits = 48;
 
+  /// Zero.
   KyNumeric();
+  /// The digits of `value`.
   KyNumeric(long value);
-  // An invalid text leaves the value zero.
+  /// An invalid text leaves the value zero.
   KyNumeric(const char* text);
+  /// A copy of the digits, sign and point.
   KyNumeric(const KyNumeric& other);
+  /// Copies the digits, sign and point.
   KyNumeric& operator=(const KyNumeric& other);
+  /// Nothing to free.
   ~KyNumeric();
 
-  // Always true.
+  /// Always true.
   bool set(long value);
-  // False for an invalid text, the value then unchanged; a null text is zero.
+  /// False for an invalid text, the value then unchanged; a null text is zero.
   bool set(const char* text);
+  /// Copies the digits, sign and point of `other`.
   void set(const KyNumeric& other);
 
-  // Writes the text form into `buffer` of `size` bytes, cut silently when it is too
-  // small; a full buffer is not terminated. Nothing happens for a null buffer or a size
-  // below 1.
+  /// Writes the text form into `buffer` of `size` bytes, cut silently when it is too
+  /// small; a full buffer is not terminated. Nothing happens for a null buffer or a size
+  /// below 1.
   void get(char* buffer, long size) const;
 
+  /// The value as a long, read from its text under the C numeric locale.
   operator long() const;
+  /// The value as a double, read from its text under the C numeric locale.
   operator double() const;
 
+  /// The sum; zero when the aligned width reaches 48 digits.
   KyNumeric operator+(const KyNumeric& other);
+  /// The sum with a whole number.
   KyNumeric operator+(long value);
+  /// The difference; zero when the aligned width reaches 48 digits.
   KyNumeric operator-(const KyNumeric& other);
+  /// The product, cut to its first 48 digits, the point placed by the kept rule.
   KyNumeric operator*(const KyNumeric& other);
 
+  /// \name Comparison
+  /** @{ */
+  /// Compares two values (see the family page for zero and for negative values).
   bool operator==(const KyNumeric& other) const;
   bool operator<(const KyNumeric& other) const;
   bool operator>(const KyNumeric& other) const;
   bool operator<=(const KyNumeric& other) const;
   bool operator>=(const KyNumeric& other) const;
+  /** @} */
 
+  /// The value with its sign dropped.
   KyNumeric abs() const;
+  /// Turns the sign over.
   void negate();
 
+  /// True for a negative sign.
   bool isNegative() const;
+  /// True when the value reads as zero (a first digit "0" does).
   bool isZero() const;
+  /// True when the value has no digits behind the point and fits a 32-bit long; zero is
+  /// not an integer.
   bool isInteger() const;
+  /// The opposite of isInteger().
   bool isReal() const;
-  // Number of stored digits.
+  /// Number of stored digits.
   short getPrecision() const;
-  // Digits behind the point; negative when the point stands behind the stored digits.
+  /// Digits behind the point; negative when the point stands behind the stored digits.
   short getScale() const;
-  // Moves the point so that `scale` digits stand behind it; never rounds.
+  /// Moves the point so that `scale` digits stand behind it; never rounds.
   KyNumeric& setScale(short scale);
 
  private:
