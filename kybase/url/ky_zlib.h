@@ -24,8 +24,11 @@ using ::uLong;
 using ::z_stream;
 using ::z_streamp;
 
+/// zlib's inflateInit2_: prepares `stream` for inflating with a window of `windowBits`.
 KY_EXPORT int inflateInit2_(z_streamp stream, int windowBits, const char* version, int streamSize);
+/// zlib's inflate: inflates what `stream` points at.
 KY_EXPORT int inflate(z_streamp stream, int flush);
+/// zlib's inflateEnd: frees the state of `stream`.
 KY_EXPORT int inflateEnd(z_streamp stream);
 
 }  // namespace Zlib1_2_8

@@ -31,38 +31,50 @@
 
 class KyUrlBuf;
 
+/// An input stream on a URL, a file or a caller's stream, inflating gzip and zip data;
+/// see the family page.
 class KY_EXPORT KyIUrlStream : public std::istream {
  public:
+  /// How the stream may use memory.
   enum StreamHint {
-    kNoHints = 0,
-    // The input is read once, from start to end: nothing is kept, seeks fail.
+    kNoHints = 0,  ///< every byte is kept, so seeks work
+    /// The input is read once, from start to end: nothing is kept, seeks fail.
     kReadOnce = 1
   };
 
-  // `binary` has no effect on this platform; it is kept for callers that pass it.
+  /// A stream on the URL or file `name`. `binary` has no effect on this platform; it is
+  /// kept for callers that pass it.
   explicit KyIUrlStream(const char* name, bool binary = true);
+  /// A stream reading from the caller's `stream`, which stays the caller's.
   explicit KyIUrlStream(std::istream& stream);
+  /// A stream reading from `stream`, which it owns and deletes.
   explicit KyIUrlStream(std::istream* stream);
+  /// Closes the source and frees the buffer.
   ~KyIUrlStream() override;
 
+  /// A stream owns its source.
   KyIUrlStream(const KyIUrlStream&) = delete;
+  /// A stream owns its source.
   KyIUrlStream& operator=(const KyIUrlStream&) = delete;
 
-  // True for a name that starts with "http:", "ftp:" or "file:" (exact case) and has
-  // something behind the colon; what follows is not examined.
+  /// True for a name that starts with "http:", "ftp:" or "file:" (exact case) and has
+  /// something behind the colon; what follows is not examined.
   static bool IsAnURL(const char* name);
 
-  // The HTTP response header as received, from the status line on; null for other
-  // sources, for a reply without a status line, and for a stream that failed to open.
+  /// The HTTP response header as received, from the status line on; null for other
+  /// sources, for a reply without a status line, and for a stream that failed to open.
   const char* getHeader() const;
 
-  // Plain input is read in chunks that double from 4096 bytes while they are not above
-  // this limit (262144 at first, so chunks reach 524288); compressed input is read in
-  // chunks of 4096.
+  /// Plain input is read in chunks that double from 4096 bytes while they are not above
+  /// this limit (262144 at first, so chunks reach 524288); compressed input is read in
+  /// chunks of 4096.
   unsigned long getBufferLimit() const;
+  /// Sets the limit of the plain chunks (see getBufferLimit()).
   void setBufferLimit(unsigned long limit);
 
+  /// The hints in force.
   KyIUrlStream::StreamHint getHints();
+  /// Sets the hints: from the next chunk on, kReadOnce keeps nothing more and seeks fail.
   void setHints(KyIUrlStream::StreamHint hints);
 
  private:
