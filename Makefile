@@ -3,7 +3,7 @@
 PACKAGES := cmake ninja-build g++ clang libclang-rt-14-dev pkg-config zlib1g-dev \
             libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libexpat1-dev locales \
             python3 python3-pyftpdlib zip \
-            gcovr libpugixml-dev \
+            gcovr libpugixml-dev libicu-dev \
             doxygen graphviz lintian
 BUILD    ?= build
 JOBS     ?= $(shell nproc)
