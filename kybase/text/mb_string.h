@@ -18,20 +18,27 @@
 #include "kybase/core/export.h"
 #include "kybase/text/internal_string.h"
 
+/// The multi-byte body: the text kept as wide units beside its narrow bytes, so that
+/// characters are wide units.
 class KY_EXPORT KyMBString : public KyInternalString {
  public:
+  /// A body from narrow text (null: the empty text), decoded under the current locale;
+  /// the count is not used.
   explicit KyMBString(const char* text = nullptr, int count = -1);
+  /// Frees both forms of the text.
   ~KyMBString() override;
 
-  // Sets the text from narrow bytes. With copy false the body adopts text, which must
-  // come from new[]. A null text is the empty text.
+  /// Sets the text from narrow bytes. With copy false the body adopts text, which must
+  /// come from new[]. A null text is the empty text.
   void setValue(const char* text, bool copy, int count);
-  // Sets the text from wide units: count units, or to the terminator for a negative
-  // count. With copy false the body adopts text (from new[]). releaseOld frees the
-  // current wide form first.
+  /// Sets the text from wide units: count units, or to the terminator for a negative
+  /// count. With copy false the body adopts text (from new[]). releaseOld frees the
+  /// current wide form first.
   void setWideValue(const wchar_t* text, bool copy, int count, bool releaseOld);
 
+  /// The wide form, zero-terminated.
   const wchar_t* getWideValue() const { return wideValue; }
+  /// The number of wide units, the terminator included.
   int getWideSize() const { return wideSize; }
 
   KyInternalString* getSubString(int start, int end) const override;
@@ -53,10 +60,10 @@ class KY_EXPORT KyMBString : public KyInternalString {
   KyInternalString* copy() const override;
 
  private:
-  // Takes over buffer as the wide form, recounts from its terminator and regenerates
-  // the narrow form.
+  /// Takes over buffer as the wide form, recounts from its terminator and regenerates
+  /// the narrow form.
   void adoptWide(wchar_t* buffer);
-  // Rebuilds value and size from the wide form.
+  /// Rebuilds value and size from the wide form.
   void regenerateNarrow();
 
   wchar_t* wideValue;

@@ -12,9 +12,10 @@
 #include "kybase/core/export.h"
 #include "kybase/text/internal_string.h"
 
+/// The single-byte body: characters are bytes.
 class KY_EXPORT KySBString : public KyInternalString {
  public:
-  // A null text is the empty text; a negative count takes the text to its terminator.
+  /// A null text is the empty text; a negative count takes the text to its terminator.
   explicit KySBString(const char* text = nullptr, int count = -1);
 
   KyInternalString* getSubString(int start, int end) const override;
@@ -36,9 +37,9 @@ class KY_EXPORT KySBString : public KyInternalString {
   KyInternalString* copy() const override;
 
  private:
-  // Replaces the text by count bytes of text (-1: to its terminator).
+  /// Replaces the text by count bytes of text (-1: to its terminator).
   void setText(const char* text, int count);
-  // Takes over buffer as the text and recounts length and size from its terminator.
+  /// Takes over buffer as the text and recounts length and size from its terminator.
   void adopt(char* buffer);
 };
 
