@@ -13,7 +13,13 @@ namespace {
 struct Sample {
   std::string name;
   double time;
+  double bytesPerSecond;  // 0 when the run counts no bytes
 };
+
+double BytesPerSecond(const benchmark::BenchmarkReporter::Run& run) {
+  auto found = run.counters.find("bytes_per_second");
+  return found == run.counters.end() ? 0 : static_cast<double>(found->second);
+}
 
 class RatioReporter : public benchmark::ConsoleReporter {
  public:
@@ -21,12 +27,13 @@ class RatioReporter : public benchmark::ConsoleReporter {
     ConsoleReporter::ReportRuns(runs);
     for (const Run& run : runs)
       if (run.run_type == Run::RT_Iteration && !run.error_occurred)
-        samples_.push_back({run.benchmark_name(), run.GetAdjustedCPUTime()});
+        samples_.push_back({run.benchmark_name(), run.GetAdjustedCPUTime(), BytesPerSecond(run)});
   }
 
   void Finalize() override {
     ConsoleReporter::Finalize();
-    std::printf("\nRatios (baseline time / kybase time; above 1 means kybase is faster):\n");
+    std::printf("\nRatios (baseline time / kybase time; above 1 means kybase is faster; where both\n"
+                "sides count bytes, also kybase bytes per second / baseline bytes per second):\n");
     for (const Sample& ours : samples_) {
       std::size_t at = ours.name.find("_Ky");
       if (at == std::string::npos) continue;
@@ -42,8 +49,12 @@ class RatioReporter : public benchmark::ConsoleReporter {
                                              (baseRest == std::string::npos ? base.name.size() : baseRest) -
                                                  family.size() - 5);
         if (!label.empty() && label[0] == '_') label.erase(0, 1);
-        std::printf("  %-40s vs %-24s %7.2f\n", ours.name.c_str(),
-                    label.empty() ? "baseline" : label.c_str(), base.time / ours.time);
+        std::printf("  %-40s vs %-24s %7.2f", ours.name.c_str(), label.empty() ? "baseline" : label.c_str(),
+                    base.time / ours.time);
+        if (ours.bytesPerSecond > 0 && base.bytesPerSecond > 0)
+          std::printf("   bytes/s %7.2f (%.0f MB/s against %.0f MB/s)", ours.bytesPerSecond / base.bytesPerSecond,
+                      ours.bytesPerSecond / 1e6, base.bytesPerSecond / 1e6);
+        std::printf("\n");
       }
     }
   }

@@ -1,5 +1,6 @@
 // Reading generated documents of 1 MB and 20 MB into a KyXmlDocument, against
-// libxml2 building its tree and expat calling handlers that build nothing; then
+// libxml2 building its tree, pugixml building its tree (default options) and expat
+// calling handlers that build nothing; then
 // writing the tree back, against libxml2's serialiser. Each document comes in a flat
 // shape (one root over many records) and a deep one (chains 200 elements deep); both
 // carry attributes, text and references. Documents are made once, on first use;
@@ -8,6 +9,7 @@
 #include <expat.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <pugixml.hpp>
 
 #include <istream>
 #include <sstream>
@@ -103,6 +105,16 @@ void Parse_Base_libxml2(benchmark::State& state, int which) {
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
 }
 
+void Parse_Base_pugixml(benchmark::State& state, int which) {
+  const std::string& text = Document(which);
+  for (auto _ : state) {
+    pugi::xml_document document;
+    if (!document.load_buffer(text.data(), text.size())) state.SkipWithError("read failed");
+    benchmark::DoNotOptimize(document.first_child());
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
+}
+
 void XMLCALL StartNothing(void*, const XML_Char*, const XML_Char**) {}
 void XMLCALL EndNothing(void*, const XML_Char*) {}
 void XMLCALL TextNothing(void*, const XML_Char*, int) {}
@@ -158,7 +170,7 @@ int Register() {
   for (int which = 0; which < 4; ++which) {
     const std::string tail = std::string("/") + kNames[which];
     for (auto [name, function] : {Entry{"Parse_Ky", Parse_Ky}, Entry{"Parse_Base_libxml2", Parse_Base_libxml2},
-                                  Entry{"Parse_Base_expat", Parse_Base_expat}})
+                                  Entry{"Parse_Base_pugixml", Parse_Base_pugixml}, Entry{"Parse_Base_expat", Parse_Base_expat}})
       benchmark::RegisterBenchmark((name + tail).c_str(), function, which)->Unit(benchmark::kMillisecond);
     // Writing scales with the output alone; the 1 MB documents show it, and keep the
     // one-iteration run short.

@@ -3,6 +3,7 @@
 // instructions and character references out.
 #include <cstring>
 #include <initializer_list>
+#include <memory>
 #include <ostream>
 #include <typeinfo>
 #include <vector>
@@ -146,18 +147,132 @@ Ky_List::Cell* FirstChild(const KyXmlElement* element) {
   return const_cast<KyXmlElement*>(element)->getChildren().getFirst();
 }
 
+// The walk gathers the bytes of a line and hands them to the stream in one piece at
+// the line end, which also flushes as every line end does. Before a node of another
+// class writes through its own write, the bytes gathered so far go first.
+class LineBuffer {
+ public:
+  explicit LineBuffer(std::ostream& stream) : stream_(stream), bytes_(new char[256]), capacity_(256) {}
+  LineBuffer(const LineBuffer&) = delete;
+  LineBuffer& operator=(const LineBuffer&) = delete;
+
+  void add(char byte) {
+    if (size_ == capacity_) grow(1);
+    bytes_[size_++] = byte;
+  }
+  void add(const char* text, std::size_t count) {
+    if (capacity_ - size_ < count) grow(count);
+    std::memcpy(bytes_.get() + size_, text, count);
+    size_ += count;
+  }
+  void add(const char* text) {
+    if (text != nullptr) add(text, std::strlen(text));
+  }
+  void blanks(unsigned long count) {
+    if (capacity_ - size_ < count) grow(count);
+    std::memset(bytes_.get() + size_, ' ', count);
+    size_ += count;
+  }
+  // As operator<< of KyXmlString.
+  void escaped(const char* at) {
+    if (at == nullptr) return;
+    for (;;) {
+      const char* run = at;
+      while (!kEscapes.stops[static_cast<unsigned char>(*at)]) ++at;
+      add(run, static_cast<std::size_t>(at - run));
+      switch (*at++) {
+        case '&':
+          add("&amp;", 5);
+          break;
+        case '<':
+          add("&lt;", 4);
+          break;
+        case '>':
+          add("&gt;", 4);
+          break;
+        default:
+          return;
+      }
+    }
+  }
+  void hand() {
+    Put(stream_, bytes_.get(), size_);
+    size_ = 0;
+  }
+  void lineEnd() {
+    add('\n');
+    hand();
+    stream_.flush();
+  }
+  std::ostream& stream() { return stream_; }
+
+ private:
+  void grow(std::size_t more) {
+    std::size_t capacity = capacity_ * 2;
+    while (capacity - size_ < more) capacity *= 2;
+    std::unique_ptr<char[]> bytes(new char[capacity]);
+    std::memcpy(bytes.get(), bytes_.get(), size_);
+    bytes_ = std::move(bytes);
+    capacity_ = capacity;
+  }
+
+  std::ostream& stream_;
+  std::unique_ptr<char[]> bytes_;
+  std::size_t size_ = 0;
+  std::size_t capacity_;
+};
+
+void OpenPlainTag(const KyXmlElement& element, LineBuffer& line) {
+  line.blanks(KyXmlElementI::GetIndent());
+  line.add('<');
+  line.add(element.getTag());
+  for (Ky_List::Cell* cell = const_cast<KyXmlElement&>(element).getAttributes().getFirst(); cell != nullptr;
+       cell = cell->getNext()) {
+    auto* attribute = static_cast<KyXmlAttributeI*>(cell->getValue());
+    line.add(' ');
+    if (attribute == nullptr) continue;
+    if (typeid(*attribute) == typeid(KyXmlAttribute)) {
+      line.add(attribute->getName());
+      line.add('=');
+      line.add('"');
+      line.escaped(attribute->getValue());
+      line.add('"');
+    } else {
+      line.hand();
+      attribute->write(line.stream());
+    }
+  }
+}
+
+void ClosePlainTag(const KyXmlElement& element, bool hadChildren, LineBuffer& line) {
+  if (hadChildren) {
+    line.blanks(KyXmlElementI::GetIndent());
+    line.add('<');
+    line.add('/');
+    line.add(element.getTag());
+    line.add('>');
+  } else {
+    line.add('/');
+    line.add('>');
+  }
+  line.lineEnd();
+}
+
 }  // namespace
 
 std::ostream& KyXmlElementI::write(std::ostream& stream) const {
-  OpenTag(*this, stream);
-  IndentMore();
   if (!IsPlainElement(*this)) {
+    OpenTag(*this, stream);
+    IndentMore();
     bool hadChildren = writeChildren(stream);
     IndentLess();
     CloseTag(*this, hadChildren, stream);
     return stream;
   }
   auto* self = static_cast<const KyXmlElement*>(this);
+  LineBuffer line(stream);
+  OpenPlainTag(*self, line);
+  IndentMore();
   std::vector<OpenElement> open{{self, FirstChild(self), false}};
   while (!open.empty()) {
     OpenElement& top = open.back();
@@ -166,26 +281,32 @@ std::ostream& KyXmlElementI::write(std::ostream& stream) const {
       bool hadChildren = top.hadChildren;
       open.pop_back();
       IndentLess();
-      CloseTag(*done, hadChildren, stream);
+      ClosePlainTag(*done, hadChildren, line);
       continue;
     }
     auto* child = static_cast<KyXmlNodeI*>(top.next->getValue());
     top.next = top.next->getNext();
     if (!top.hadChildren) {
-      Put(stream, '>');
-      LineEnd(stream);
+      line.add('>');
+      line.lineEnd();
       top.hadChildren = true;
     }
     if (child == nullptr) continue;
-    if (IsPlainElement(*child)) {
+    // The exact class decides: a KyXmlText or a KyXmlElement writes as its interface does.
+    const std::type_info& type = typeid(*child);
+    if (type == typeid(KyXmlText)) {
+      line.escaped(static_cast<const KyXmlText*>(child)->getText());
+    } else if (type == typeid(KyXmlElement)) {
       auto* element = static_cast<const KyXmlElement*>(child);
-      OpenTag(*element, stream);
+      OpenPlainTag(*element, line);
       IndentMore();
       open.push_back({element, FirstChild(element), false});
     } else {
+      line.hand();
       child->write(stream);
     }
   }
+  line.hand();
   return stream;
 }
 
