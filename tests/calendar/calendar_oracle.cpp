@@ -4,9 +4,9 @@
 // random instants back and forth. Under the sanitizers only every 97th day is checked.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "kybase/calendar/gregorian_calendar.h"
 #include "kybase/locale/kylocale.h"
@@ -93,12 +93,8 @@ std::pair<long, long> Week(Mode mode, const Day& d, long first, long minimal) {
 
 struct Mismatches {
   long count = 0;
-  std::string first;
   void note(bool ok, const Day& d, const char* what) {
-    if (ok || count++ > 0) return;
-    char text[128];
-    std::snprintf(text, sizeof text, "%s at %ld-%02ld-%02ld", what, d.year, d.month + 1, d.day);
-    first = text;
+    if (!ok && count++ == 0) ADD_FAILURE() << what << " at " << d.year << "-" << d.month + 1 << "-" << d.day;
   }
 };
 
@@ -116,10 +112,7 @@ void Sweep(Mode mode) {
     cal.setGregorianChange(cutover, s);
     back.setGregorianChange(cutover, s);
   }
-  KyGregorianCalendar weeks[14] = {
-      {1970, 0, 1, s}, {1970, 0, 1, s}, {1970, 0, 1, s}, {1970, 0, 1, s}, {1970, 0, 1, s},
-      {1970, 0, 1, s}, {1970, 0, 1, s}, {1970, 0, 1, s}, {1970, 0, 1, s}, {1970, 0, 1, s},
-      {1970, 0, 1, s}, {1970, 0, 1, s}, {1970, 0, 1, s}, {1970, 0, 1, s}};
+  std::vector<KyGregorianCalendar> weeks(14, cal);  // all first days, minimal days 1 then 7
   for (int i = 0; i < 14; ++i) {
     weeks[i].setFirstDayOfWeek(static_cast<KyCalendar::EDaysOfWeek>(i % 7 + 1));
     weeks[i].setMinimalDaysInFirstWeek(i < 7 ? 1 : 7);
@@ -156,7 +149,7 @@ void Sweep(Mode mode) {
   d = epoch;
   for (long index = 0; d.year <= 10000; ++index, Forward(mode, d)) check(d, index);
   EXPECT_EQ(s, kNoError);
-  EXPECT_EQ(bad.count, 0) << "first: " << bad.first;
+  EXPECT_EQ(bad.count, 0);
 }
 
 TEST_F(CalendarOracle, HybridEveryDay) { Sweep(kHybrid); }

