@@ -21,8 +21,12 @@ constexpr int kDrainLimit = 64 * 1024;
 
 }  // namespace
 
+// Opened without blocking, so that a pipe with no writer cannot hold the open; reads
+// then block as usual.
 FileProtocol::FileProtocol(const char* path, bool /*binary*/)
-    : descriptor(path != nullptr ? open(path, O_RDONLY | O_CLOEXEC) : -1) {}
+    : descriptor(path != nullptr ? open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK) : -1) {
+  if (descriptor >= 0) fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+}
 
 FileProtocol::~FileProtocol() {
   if (descriptor >= 0) close(descriptor);

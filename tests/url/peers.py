@@ -3,8 +3,7 @@
 # argument) and end by themselves after 90 seconds. Modes:
 #   http DIR LOG: http.server on DIR; odd LOG: odd replies chosen by the path;
 #   ftp DIR LOG: pyftpdlib on DIR, user "u", password "p@x", a long banner;
-#   data DIR [clean]: compressed files made from known text (or DIR removed);
-#   bomb FILE: 1 GiB of zeros as gzip.
+#   data DIR [clean]: compressed files made from known text (or DIR removed).
 import gzip, os, shutil, socket, socketserver, struct, sys, threading, time, zlib
 
 def log(line):
@@ -91,8 +90,7 @@ elif mode == 'data':
                        'file:/x': b'fallback\n'}.items():
         with open(name, 'wb') as out:
             out.write(data)
-    sys.exit(os.system('zip -q two.zip text.txt second.txt && zip -q -0 stored.zip second.txt'))
-elif mode == 'bomb':
-    with gzip.open(sys.argv[2], 'wb', compresslevel=1) as out:
+    with gzip.open('bomb.gz', 'wb', compresslevel=1) as out:
         for _ in range(1024):
-            out.write(bytes(1 << 20))
+            out.write(bytes(1 << 20))  # 1 GiB of zeros
+    sys.exit(os.system('zip -q two.zip text.txt second.txt && zip -q -0 stored.zip second.txt'))
