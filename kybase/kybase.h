@@ -27,6 +27,8 @@
 #include "kybase/calendar/calendar.h"
 #include "kybase/calendar/gregorian_calendar.h"
 #include "kybase/calendar/time_unit.h"
+#include "kybase/paths/path_name.h"
+#include "kybase/paths/path_list.h"
 #include "kybase/xml/xml_document.h"
 #include "kybase/xml/xml_error.h"
 #include "kybase/xml/xml_factory.h"

@@ -47,10 +47,13 @@ void KyGlobalContext::SetModuleShutdownHook(void (*hook)()) { ModuleShutdownHook
 void KyGlobalContext::SetLocaleReleaseHook(void (*hook)(KyLocaleExtension*)) { LocaleReleaseHook = hook; }
 
 KyGlobalContext::KyGlobalContext() {
+  makePaths();
   symbols = new KyStringHashTable(31);
   values = new KyAList;
   exitCallbacks = new KyList;
   freeCallbacks = new KyList;
+  initializeHomePath();
+  initializeModulePath();
 }
 
 void KyGlobalContext::CallAll(KyList* callbacks) {
@@ -103,6 +106,8 @@ KyGlobalContext::~KyGlobalContext() {
 
   if (locale != nullptr && LocaleReleaseHook != nullptr) LocaleReleaseHook(locale);
   locale = nullptr;
+
+  destroyPaths();
 }
 
 bool KyGlobalContext::addValue(void* value, void* key, void* owner) {

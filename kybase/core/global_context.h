@@ -2,8 +2,7 @@
 // GetInstance() and destroyed at process exit (or library unload) in one fixed order.
 // It owns the symbol table and every KySymbol, a two-level registry of client values
 // (owner -> key -> value; the pointers are never dereferenced), the exit and free
-// callback lists, and (once the paths and locale layers stand) the home path, the
-// module path and the locale reference.
+// callback lists, the home path, the module path and the locale reference.
 //
 // Failure: the value registry answers by result and keeps the outcome of its last call
 // in GetError(); nothing throws but operator new and the client's callbacks.
@@ -19,6 +18,8 @@
 class KyAList;
 class KyList;
 class KyLocaleExtension;
+class KyPathList;
+class KyPathName;
 class KyStringHashTable;
 class KySymbol;
 
@@ -95,6 +96,15 @@ class KY_EXPORT KyGlobalContext {
   /// True once a client has set a locale.
   bool hasLocale() const { return locale != nullptr; }
 
+  // The per-user data directory and the module search path (defined in the paths
+  // layer). The home is a name only: it is neither made nor tested. A fresh module
+  // path searches "." first, then the list, then KYMODULEPATH (or else PATH).
+  const KyPathName& getHome() const;
+  const KyPathList& getModulePath() const;
+  void addInModulePathPrevList(const KyPathName& path);
+  void addInModulePathList(const KyPathName& path);
+  void addInModulePathPostList(const KyPathName& path);
+
  protected:
   /// Made only by GetInstance().
   KyGlobalContext();
@@ -125,6 +135,12 @@ class KY_EXPORT KyGlobalContext {
   /// The owner's table of values, or null with the error set to kNoOwner; clears the
   /// error first.
   KyAList* innerTable(void* owner) const;
+  // The paths layer makes the two path objects (construction step 2), fills them from
+  // the environment (step 5, and again on setLocale) and destroys them (step 14).
+  void makePaths();
+  void initializeHomePath();
+  void initializeModulePath();
+  void destroyPaths();
 
   static Error _Error;
 
@@ -136,6 +152,8 @@ class KY_EXPORT KyGlobalContext {
   KyAList* values = nullptr;
   KyList* exitCallbacks = nullptr;
   KyList* freeCallbacks = nullptr;
+  KyPathName* home = nullptr;
+  KyPathList* modulePath = nullptr;
 };
 
 #endif  // KYBASE_CORE_GLOBAL_CONTEXT_H

@@ -20,6 +20,8 @@ void KyGlobalContext::setLocale(KyLocaleExtension* extension) {
   extension->lock();
   if (locale != nullptr) locale->unlock();
   locale = extension;
-  // The home path and the module path are made again here, as at construction, once
-  // the context holds them.
+  // Both paths are made again as in a fresh context: what clients added to the module
+  // path is gone.
+  initializeHomePath();
+  initializeModulePath();
 }
