@@ -399,29 +399,44 @@ class KY_EXPORT Ky_SALIterator : public Ky_ALIterator {
 /// and a plain and a safe iterator returning that type. Expands to inline forwarders
 /// only, so every face runs the same code.
 #define KY_TYPED_LIST(List, Iterator, SafeIterator, Element)                                             \
+  /** A list of Element values, run by the code of Ky_List. */                                           \
   class KY_EXPORT List : public Ky_List {                                                                \
    public:                                                                                               \
+    /** An empty list. */                                                                                \
     List() = default;                                                                                    \
+    /** Appends a value. */                                                                              \
     void append(Element value) { a(const_cast<void*>(static_cast<const void*>(value))); }              \
+    /** Inserts a value at `position`; negative or past the end appends. */                              \
     void insert(Element value, long position) { i(const_cast<void*>(static_cast<const void*>(value)), position); } \
+    /** True when the list holds `value`. */                                                             \
     bool find(Element value) const { return f(const_cast<void*>(static_cast<const void*>(value))); }    \
+    /** Removes the first cell holding `value`; false when there is none. */                             \
     bool remove(Element value) { return r(const_cast<void*>(static_cast<const void*>(value))); }       \
+    /** The value at `index`; null past the end. */                                                      \
     Element operator[](unsigned long index) const { return static_cast<Element>(get(index)); }          \
+    /** The value at `index`; null past the end. */                                                      \
     Element getValue(unsigned long index) const { return static_cast<Element>(get(index)); }            \
+    /** A new list holding the same values, for the caller to delete. */                                 \
     List* copy() const {                                                                                 \
       List* result = new List;                                                                           \
       copyInto(*result);                                                                                 \
       return result;                                                                                     \
     }                                                                                                    \
   };                                                                                                     \
+  /** A plain iterator over a List, giving Element values. */                                            \
   class KY_EXPORT Iterator : public Ky_LIterator {                                                       \
    public:                                                                                               \
+    /** Stands on the first cell of `list`. */                                                           \
     explicit Iterator(const List& list) : Ky_LIterator(list) {}                                          \
+    /** The next value, then advances; null at the end. */                                               \
     Element getNextElement() { return static_cast<Element>(nextElement()); }                             \
   };                                                                                                     \
+  /** A safe iterator over a List, giving Element values. */                                             \
   class KY_EXPORT SafeIterator : public Ky_SLIterator {                                                  \
    public:                                                                                               \
+    /** Registers with `list` and stands on its first cell. */                                           \
     explicit SafeIterator(const List& list) : Ky_SLIterator(list) {}                                     \
+    /** The next value, then advances; null at the end. */                                               \
     Element getNextElement() { return static_cast<Element>(nextElement()); }                             \
   };
 
@@ -456,11 +471,16 @@ class KY_EXPORT KyAList : public Ky_AList {
 
 /// A KyAList iterator face over `Base`: getNextElement, getNextKey and getNextPair.
 #define KY_ALIST_ITERATOR_FACE(Iterator, Base)                   \
+  /** An iterator over a KyAList. */                             \
   class KY_EXPORT Iterator : public Base {                       \
    public:                                                       \
+    /** Stands on the first pair. */                             \
     explicit Iterator(const KyAList& list) : Base(list) {}       \
+    /** The next value, then advances. */                        \
     void* getNextElement() { return nextElement(); }             \
+    /** The next key, then advances. */                          \
     void* getNextKey() { return nextKey(); }                     \
+    /** The next key, its value in `value`; null at the end. */   \
     void* getNextPair(void*& value) { return nextPair(value); }  \
   };
 
