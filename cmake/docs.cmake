@@ -4,7 +4,8 @@ find_package(Doxygen COMPONENTS dot)
 if(DOXYGEN_FOUND)
   set(KYBASE_DOC_DIR ${PROJECT_BINARY_DIR}/reference)
   set(KYBASE_DOC_GROUPS ${KYBASE_DOC_DIR}/groups.dox)
-  string(REPLACE ";" " " KYBASE_DOC_INPUT "${KYBASE_HEADERS} ${KYBASE_DOC_GROUPS}")
+  string(REPLACE ";" " " KYBASE_DOC_INPUT
+    "${PROJECT_SOURCE_DIR}/docs/reference/mainpage.md ${KYBASE_HEADERS} ${KYBASE_DOC_GROUPS}")
   configure_file(${PROJECT_SOURCE_DIR}/docs/reference/Doxyfile.in ${KYBASE_DOC_DIR}/Doxyfile @ONLY)
   add_custom_target(docs
     COMMAND ${CMAKE_COMMAND} "-DHEADERS=${KYBASE_HEADERS}" -DOUTPUT=${KYBASE_DOC_GROUPS}
