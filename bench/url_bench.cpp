@@ -40,6 +40,7 @@ std::string MakeText() {
     text += '\n';
   }
   text.resize(kTextSize);
+  text.back() = '\n';
   return text;
 }
 
@@ -80,22 +81,25 @@ void Check(benchmark::State& state, std::size_t total) {
 }
 
 void Gzip_Ky(benchmark::State& state) {
+  const std::string url = "file:" + Dir() + "/text.gz";
   std::size_t total = 0;
-  for (auto _ : state) total = ReadUrl("file:" + Dir() + "/text.gz", false);
+  for (auto _ : state) total = ReadUrl(url, false);
   Check(state, total);
 }
 
 void Gzip_KyKeep(benchmark::State& state) {
+  const std::string url = "file:" + Dir() + "/text.gz";
   std::size_t total = 0;
-  for (auto _ : state) total = ReadUrl("file:" + Dir() + "/text.gz", true);
+  for (auto _ : state) total = ReadUrl(url, true);
   Check(state, total);
 }
 
 void Gzip_BaseGzread(benchmark::State& state) {
+  const std::string path = Dir() + "/text.gz";
   std::size_t total = 0;
   std::vector<char> block(kBlock);
   for (auto _ : state) {
-    gzFile in = gzopen((Dir() + "/text.gz").c_str(), "rb");
+    gzFile in = gzopen(path.c_str(), "rb");
     total = 0;
     for (int got; (got = gzread(in, block.data(), kBlock)) > 0;) total += static_cast<std::size_t>(got);
     gzclose(in);
@@ -104,21 +108,24 @@ void Gzip_BaseGzread(benchmark::State& state) {
 }
 
 void Plain_Ky(benchmark::State& state) {
+  const std::string path = Dir() + "/text.txt";
   std::size_t total = 0;
-  for (auto _ : state) total = ReadUrl(Dir() + "/text.txt", false);
+  for (auto _ : state) total = ReadUrl(path, false);
   Check(state, total);
 }
 
 void Plain_KyKeep(benchmark::State& state) {
+  const std::string path = Dir() + "/text.txt";
   std::size_t total = 0;
-  for (auto _ : state) total = ReadUrl(Dir() + "/text.txt", true);
+  for (auto _ : state) total = ReadUrl(path, true);
   Check(state, total);
 }
 
 void Plain_BaseIfstream(benchmark::State& state) {
+  const std::string path = Dir() + "/text.txt";
   std::size_t total = 0;
   for (auto _ : state) {
-    std::ifstream in(Dir() + "/text.txt", std::ios::binary);
+    std::ifstream in(path, std::ios::binary);
     total = ReadStream(in);
   }
   Check(state, total);
@@ -131,9 +138,10 @@ std::size_t ReadLines(std::istream& stream) {
 }
 
 void Lines_Ky(benchmark::State& state) {
+  const std::string path = Dir() + "/text.txt";
   std::size_t total = 0;
   for (auto _ : state) {
-    KyIUrlStream stream((Dir() + "/text.txt").c_str());
+    KyIUrlStream stream(path.c_str());
     stream.setHints(KyIUrlStream::kReadOnce);
     total = ReadLines(stream);
   }
@@ -141,9 +149,10 @@ void Lines_Ky(benchmark::State& state) {
 }
 
 void Lines_BaseIfstream(benchmark::State& state) {
+  const std::string path = Dir() + "/text.txt";
   std::size_t total = 0;
   for (auto _ : state) {
-    std::ifstream in(Dir() + "/text.txt", std::ios::binary);
+    std::ifstream in(path, std::ios::binary);
     total = ReadLines(in);
   }
   Check(state, total);
