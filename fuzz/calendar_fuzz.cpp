@@ -107,7 +107,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       case 15: {
         std::unique_ptr<KyTimeZone> zone(MakeZone(in));
         result = zone->getOffset(static_cast<unsigned char>(amount), amount >> 8, amount % 14, amount % 33,
-                                 static_cast<unsigned char>(amount >> 16), static_cast<long>(value) % 90000000,
+                                 static_cast<unsigned char>(amount >> 16), static_cast<long>(std::isfinite(value) ? std::fmod(value, 9e7) : 0),
                                  28 + (amount & 3), status);
         break;
       }

@@ -4,7 +4,7 @@
 #ifndef KYBASE_CALENDAR_DATE_STATUS_H
 #define KYBASE_CALENDAR_DATE_STATUS_H
 
-enum KyDateFields {
+enum KyDateFields : int {
   kEra = 0,
   kYear = 1,
   kMonth = 2,
@@ -26,7 +26,7 @@ enum KyDateFields {
   kLocalDayOfWeek = 18,
 };
 
-enum KyDateErrorCode {
+enum KyDateErrorCode : int {
   kNoError = 0,
   kIllegalArgument = 1,
   kInvalidFormat = 3,

@@ -306,17 +306,22 @@ long KyGregorianCalendar::skipSteps(double when, KyDateFields field, KyDateError
   if (KyDateFailed(status)) return 0;
   complete(status);
   if (KyDateFailed(status)) return 0;
-  // Only fields that the calendar computed from its time move the same way under one
-  // jump as under single steps.
+  // Only fields that the calendar computed from its time (every stamp 1) move the same
+  // way under one jump as under single steps.
   for (std::int32_t stamp : _stamp)
     if (stamp != 1) return 0;
   const double ms = _time;
   const double direction = when > ms ? 1.0 : -1.0;
+  // Under a daylight rule a wall-clock time near a change may not exist on every date;
+  // any other keeps its place through single steps and jumps alike.
+  const long wallClock =
+      ((_fields[kHourOfDay] * 60L + _fields[kMinute]) * 60 + _fields[kSecond]) * 1000 + _fields[kMillisecond];
+  const bool clear = _zone->isClearOfTransitions(wallClock);
 
   bool keepWallClock;
   const double step = StepOf(field, &keepWallClock);
   if (step > 0) {
-    if (keepWallClock && (_zone->hasDaylightRule() || _fields[kDstOffset] != 0)) return 0;
+    if (keepWallClock && !clear) return 0;
     double n = std::floor((when - ms) * direction / step) - 2;
     if (ms != std::floor(ms)) {
       // A fraction stays exact while the magnitude stays below the next power of two.
@@ -324,20 +329,26 @@ long KyGregorianCalendar::skipSteps(double when, KyDateFields field, KyDateError
       n = std::min(n, std::floor((limit - direction * ms) / step) - 1);
     }
     if (n < 1) return 0;
-    setTime(ms + direction * n * step, status);
+    add(field, static_cast<long>(direction * n), status);
     return KyDateFailed(status) ? 0 : static_cast<long>(direction * n);
   }
 
   if (field != kMonth && field != kYear) return 0;
   // Months and years keep the day once it is 28 or less, and away from the cutover
   // every date maps to itself.
-  if (_zone->hasDaylightRule() || _fields[kDayOfMonth] > 28) return 0;
-  const double low = std::min(ms, when);
-  const double high = std::max(ms, when);
-  const double cutoverLow = std::min(_gregorianCutover, _normalizedGregorianCutover);
-  const double cutoverHigh = std::max(_gregorianCutover, _normalizedGregorianCutover);
-  if (!(high < cutoverLow - 2 * kOneDay || low >= cutoverHigh + 40 * kOneDay)) return 0;
-  const double n = std::floor((high - low) / ((field == kMonth ? 31 : 366) * kOneDay)) - 2;
+  if (!clear || _fields[kDayOfMonth] > 28) return 0;
+  // The jump stays on the side of the cutover where the calendar stands; the steps
+  // across it are taken one by one.
+  const double before = std::min(_gregorianCutover, _normalizedGregorianCutover) - 2 * kOneDay;
+  const double after = std::max(_gregorianCutover, _normalizedGregorianCutover) + 40 * kOneDay;
+  double limit = when;
+  if (ms < before)
+    limit = std::min(when, before);
+  else if (ms >= after)
+    limit = std::max(when, after);
+  else
+    return 0;
+  const double n = std::floor((limit - ms) * direction / ((field == kMonth ? 31 : 366) * kOneDay)) - 2;
   if (n < 1) return 0;
   add(field, static_cast<long>(direction * n), status);
   return KyDateFailed(status) ? 0 : static_cast<long>(direction * n);

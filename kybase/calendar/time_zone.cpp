@@ -164,6 +164,21 @@ long KyTimeZone::compareToRule(char month, char monthLength, char prevMonthLengt
   return 0;
 }
 
+bool KyTimeZone::isClearOfTransitions(long wallMillisInDay) const {
+  if (!_useDaylight) return true;
+  const long startWall = _startTime + (_startTimeMode == kUtcTime ? _rawOffset : 0);
+  const long endWall = _endTime + (_endTimeMode == kWallTime  ? 0
+                                   : _endTimeMode == kUtcTime ? _rawOffset + _dstSavings
+                                                              : _dstSavings);
+  const long margin = _dstSavings + 7200000;
+  for (long transition : {startWall, endWall}) {
+    long distance = ((wallMillisInDay - transition) % kMillisPerDay + kMillisPerDay) % kMillisPerDay;
+    distance = std::min(distance, kMillisPerDay - distance);
+    if (distance < margin) return false;
+  }
+  return true;
+}
+
 bool KyTimeZone::validRule(int month, int day, int dayOfWeek, long time, EMode mode, ETimeMode timeMode) {
   return month >= 0 && month <= 11 && day >= -5 && day <= 31 && dayOfWeek >= 1 && dayOfWeek <= 7 && time >= 0 &&
          time <= kMillisPerDay && mode >= kDayOfMonthMode && mode <= kDayOfWeekOnOrBeforeMode &&

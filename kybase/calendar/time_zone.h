@@ -18,13 +18,13 @@
 
 class KY_EXPORT KyTimeZone {
  public:
-  enum EMode {
+  enum EMode : int {
     kDayOfMonthMode = 1,
     kDayOfWeekInMonthMode = 2,
     kDayOfWeekOnOrAfterMode = 3,
     kDayOfWeekOnOrBeforeMode = 4,
   };
-  enum ETimeMode {
+  enum ETimeMode : int {
     kWallTime = 0,
     kStandardTime = 1,
     kUtcTime = 2,
@@ -46,6 +46,9 @@ class KY_EXPORT KyTimeZone {
   // True once a rule was put in force with setUseDaylight (useDaylightTime() answers
   // true for every zone and so cannot tell).
   bool hasDaylightRule() const { return _useDaylight; }
+  // True when a wall-clock time of day lies at least the savings and two hours away
+  // from both rule times, so that it exists exactly once on every date.
+  bool isClearOfTransitions(long wallMillisInDay) const;
 
   long getOffset(unsigned char era, long year, long month, long day, unsigned char dayOfWeek, long millis,
                  long monthLength, KyDateErrorCode& status) const;

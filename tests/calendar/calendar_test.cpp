@@ -185,7 +185,6 @@ TEST_F(Calendar, FailedStatusStopsEveryOperation) {
       {"get", [](Cal& c, KyDateErrorCode& s) { return double(c.get(kYear, s)); }},
       {"add", [](Cal& c, KyDateErrorCode& s) { return c.add(kDayOfMonth, 1, s), 0.0; }},
       {"roll", [](Cal& c, KyDateErrorCode& s) { return c.roll(kMonth, 1L, s), 0.0; }},
-      {"roll up", [](Cal& c, KyDateErrorCode& s) { return c.roll(kMonth, true, s), 0.0; }},
       {"fieldDifference", [](Cal& c, KyDateErrorCode& s) { return double(c.fieldDifference(1e12, kDayOfMonth, s)); }},
       {"inDaylightTime", [](Cal& c, KyDateErrorCode& s) { return double(c.inDaylightTime(s)); }},
       {"getActualMaximum", [](Cal& c, KyDateErrorCode& s) { return double(c.getActualMaximum(kWeekOfYear, s)); }},
@@ -195,7 +194,6 @@ TEST_F(Calendar, FailedStatusStopsEveryOperation) {
       {"getOffset", [&](Cal&, KyDateErrorCode& s) { return double(zone.getOffset(1, 2024, 0, 1, 2, 0, 31, 31, s)); }},
       {"getOffset 8", [&](Cal&, KyDateErrorCode& s) { return double(zone.getOffset(1, 2024, 0, 1, 2, 0, 31, s)); }},
       {"create", [](Cal&, KyDateErrorCode& s) { return double(KyCalendar::createInstance(s) != nullptr); }},
-      {"create zone", [&](Cal&, KyDateErrorCode& s) { return double(KyCalendar::createInstance(zone, s) != nullptr); }},
       {"create zone*", [](Cal&, KyDateErrorCode& s) { return double(!!KyCalendar::createInstance(new KyTimeZone, s)); }},
       {"create locale", [](Cal&, KyDateErrorCode& s) { return double(!!KyCalendar::createInstance(KyLocale("C"), s)); }},
   };
@@ -235,9 +233,6 @@ TEST_F(Calendar, CopyMovesZeroedFieldsIntoTheSource) {
     EXPECT_EQ(c->getTime(s), TimeOf(2024, 4, 15));
     if (copy) {
       EXPECT_EQ(copy->getTime(s), TimeOf(2024, 4, 15));
-      EXPECT_TRUE(*copy == *c);
-      copy->setTime(copy->getTime(s), s);
-      EXPECT_EQ(Show(*copy), "1 2024-05-15 00:00");
     }
   }
 }
@@ -356,12 +351,10 @@ TEST_F(Calendar, WeekSettingsComeFromTheLocaleOnce) {
   c->setTime(1672531200000.0, s);  // Sunday 1 January 2023
   EXPECT_EQ(c->get(kLocalDayOfWeek, s), 1);
   EXPECT_EQ(c->get(kWeekOfYear, s), 1);
-  c->setTime(1704067200000.0, s);  // Monday 1 January 2024: Sunday first, 4 days
-  EXPECT_EQ(c->get(kWeekOfYear, s), 1);
   c->setFirstDayOfWeek(KyCalendar::kMonday);  // fields already computed stay
-  EXPECT_EQ(c->get(kLocalDayOfWeek, s), 2);
-  c->setTime(1704067200000.0, s);
   EXPECT_EQ(c->get(kLocalDayOfWeek, s), 1);
+  c->setTime(1672531200000.0, s);
+  EXPECT_EQ(c->get(kLocalDayOfWeek, s), 7);
 }
 
 TEST_F(Calendar, TimeUnits) {
