@@ -354,6 +354,49 @@ void TourUrl(const std::string& data) {
   std::cout << "Seeked back to byte " << first.size() + 1 << " and read again: \"" << second << "\"\n";
 }
 
+std::string CalendarDate(KyCalendar& calendar) {
+  static const char* const kDays[] = {"", "Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
+  KyDateErrorCode status = kNoError;
+  char text[96];
+  std::snprintf(text, sizeof text, "%s %ld-%02ld-%02ld %02ld:%02ld", kDays[calendar.get(kDayOfWeek, status)],
+                calendar.get(kYear, status), calendar.get(kMonth, status) + 1, calendar.get(kDayOfMonth, status),
+                calendar.get(kHourOfDay, status), calendar.get(kMinute, status));
+  return text;
+}
+
+void TourCalendar() {
+  Heading("Calendar");
+  KyDateErrorCode status = kNoError;
+  KyGregorianCalendar october(1582, 9, 4, status);  // months count from 0
+  std::cout << "Julian rule until " << CalendarDate(october);
+  october.add(kDayOfMonth, 1, status);
+  std::cout << "; one day on it is " << CalendarDate(october) << ", the first Gregorian day.\n";
+  KyGregorianCalendar roll(1582, 9, 1, status);
+  std::cout << "Rolling the day of the month through October 1582, a month of 21 days:";
+  for (int day = 0; day < 22; ++day, roll.roll(kDayOfMonth, true, status))
+    std::cout << " " << roll.get(kDayOfMonth, status);
+  std::cout << "\n";
+  for (long year : {1500L, 1700L}) {
+    KyGregorianCalendar leap(year, 1, 29, status);  // lenient: a missing day carries over
+    std::cout << "29 February " << year << " reads back as " << CalendarDate(leap) << "\n";
+  }
+  std::cout << "Weeks start on Monday and the first week may hold one day of the year, so:\n";
+  KyGregorianCalendar week(2023, 11, 25, status);
+  for (int day = 0; day < 7; ++day, week.add(kDayOfMonth, 1, status))
+    std::cout << "  " << CalendarDate(week) << " is week " << week.get(kWeekOfYear, status) << " of "
+              << week.get(kYearOfWeek, status) << "\n";
+  KyGregorianCalendar when(2024, 4, 15, 15, 30, status);
+  const double time = when.getTime(status);
+  std::cout << "Snapping " << CalendarDate(when) << " to each time unit (an afternoon day snaps to noon):\n";
+  KyPredefinedUnits units;
+  for (KyTimeUnit* unit = units.getNextUnit(); unit != nullptr; unit = units.getNextUnit()) {
+    when.setTime(time, status);
+    unit->snapToPreviousTimeUnit(when);
+    std::unique_ptr<char[]> label(unit->toString(when.getTime(status)));
+    std::cout << "  " << CalendarDate(when) << "  label " << label.get() << "\n";
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -374,5 +417,6 @@ int main(int argc, char** argv) {
   TourXml(data);
   TourLocale();
   TourUrl(data);
+  TourCalendar();
   return 0;
 }
