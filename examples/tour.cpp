@@ -397,6 +397,26 @@ void TourCalendar() {
   }
 }
 
+void TourModules() {
+#ifdef KY_TOUR_MODULES
+  Heading("Modules");
+  // The sample plugin's folder joins the module path before the loader's first scan.
+  KyGlobalContext::GetInstance().addInModulePathList(KyPathName(KY_TOUR_MODULES "/"));
+  KyModule::ReScan();
+  unsigned long count = 0;
+  KyModuleDescriptor** array = KyModule::GetDescriptors(count);
+  const std::vector<KyModuleDescriptor*> descriptors(array, array + count);  // the pool block is lent
+  for (KyModuleDescriptor* descriptor : descriptors)
+    std::cout << "descriptor " << (descriptor->getName() != nullptr ? descriptor->getName() : "") << ", version "
+              << descriptor->getVersion() << ", library "
+              << descriptor->getLibraryPath().getString(KyPathName::kSystemPathType) << "\n";
+  KyModule* greeter = KyModule::Load("greeter", const_cast<char*>("tour"));
+  std::cout << "Load(\"greeter\") " << (greeter != nullptr ? "gave a module" : "failed") << ", status "
+            << KyModule::GetError() << "; a second Load gives the same object: "
+            << (KyModule::Load("greeter.so", nullptr) == greeter ? "yes" : "no") << "\n";
+#endif
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -418,5 +438,6 @@ int main(int argc, char** argv) {
   TourLocale();
   TourUrl(data);
   TourCalendar();
+  TourModules();
   return 0;
 }

@@ -22,6 +22,7 @@
 #include "kybase/locale/locale_descriptor.h"
 #include "kybase/locale/locale_extension.h"
 #include "kybase/locale/locale_tables.h"
+#include "kybase/modules/module.h"
 #include "kybase/calendar/date_status.h"
 #include "kybase/calendar/time_zone.h"
 #include "kybase/calendar/calendar.h"

@@ -1,0 +1,284 @@
+// The module loader: the scan of the module path, loading with what a module requires,
+// the traces of KY_TRACEMODULES, and the release of every descriptor at shut-down.
+#include <dlfcn.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <strings.h>
+
+#include "kybase/core/global_context.h"
+#include "kybase/core/memory_pool.h"
+#include "kybase/modules/modules_internal.h"
+#include "kybase/paths/path_list.h"
+#include "kybase/xml/xml_document.h"
+#include "kybase/xml/xml_node.h"
+
+namespace {
+
+// Made when the library is loaded, before any client code runs.
+const KyString LibraryExtension("so");
+
+// How many loads are nested through requires.
+int LoadDepth = 0;
+
+int ReadTraceMask() {
+  const char* value = std::getenv("KY_TRACEMODULES");
+  if (value == nullptr) return 0;
+  if (strcasecmp(value, "true") == 0 || strcasecmp(value, "yes") == 0) return 3;
+  if (strcasecmp(value, "scan") == 0) return 1;
+  if (strcasecmp(value, "load") == 0) return 2;
+  if (strcasecmp(value, "disableload") == 0) return 4;
+  return 0;
+}
+
+bool Tracing(int bit) { return (KyModuleLoader::TraceMask & bit) != 0; }
+
+const char* StatusText(KyModule::Error error) {
+  switch (error) {
+    case KyModule::kNoError: return "NoError";
+    case KyModule::kModuleNotFound: return "ModuleNotFound";
+    case KyModule::kEntryPointNotFound: return "EntryPointNotFound";
+    case KyModule::kDependencyNotResolved: return "DependencyNotResolved";
+  }
+  return "Unknown";
+}
+
+// Traces print a missing name as empty text.
+const char* Printable(const char* text) { return text != nullptr ? text : ""; }
+
+// Returns 1 when the loader was already started, 0 when this call started it.
+int InitLoader() {
+  if (KyModuleLoader::Started) return 1;
+  KyModuleLoader::Started = true;
+  KyModuleLoader::TraceMask = ReadTraceMask();
+  KyGlobalContext::SetModuleShutdownHook(KyModuleLoader::releaseDescriptors);
+  KyModule::ReScan();
+  return 0;
+}
+
+// The name plus "." and the library extension. The test for a name that already ends
+// in the extension looks one place too early and never matches, so the suffix is always
+// added, as callers of the original loader saw.
+KyString LibraryFileName(const KyString& name) {
+  const std::string text = name.getValue();
+  const std::string extension = LibraryExtension.getValue();
+  const std::size_t dot = text.size() - extension.size() - 1;
+  if (text.size() > extension.size() + 1 && text[dot] == '.' &&
+      strcasecmp(extension.c_str(), text.c_str() + dot - 1) == 0)
+    return name;
+  return KyString((text + "." + extension).c_str());
+}
+
+// Only regular files are read: opening a FIFO would block, a device might never end.
+bool IsRegularFile(const KyPathName& path) {
+  struct stat info;
+  return ::stat(path.getString(KyPathName::kSystemPathType), &info) == 0 && S_ISREG(info.st_mode);
+}
+
+// The text dlopen gets: a path without "/" would make dlopen search the system's
+// library path, so the file found here is named relative to the current directory.
+std::string LibraryText(const KyPathName& library) {
+  std::string text = static_cast<const char*>(library.getString(KyPathName::kSystemPathType));
+  if (text.find('/') == std::string::npos) text = "./" + text;
+  return text;
+}
+
+}  // namespace
+
+KyModule::~KyModule() {
+  auto* own = static_cast<_KyModuleDescriptor*>(descriptor);
+  if (own == nullptr || own->module != this) return;
+  // The module's own destructor may be running in the library: the descriptor leaves
+  // the chain now, and its library closes at shut-down.
+  own->module = nullptr;
+  for (_KyModuleDescriptor** link = &KyModuleLoader::Chain; *link != nullptr; link = &(*link)->next) {
+    if (*link != own) continue;
+    *link = own->next;
+    own->next = KyModuleLoader::Retired;
+    KyModuleLoader::Retired = own;
+    break;
+  }
+}
+
+KyModule::Error KyModule::GetError() { return KyModuleLoader::Status; }
+
+void KyModule::SetError(Error error) { KyModuleLoader::Status = error; }
+
+KyModuleDescriptor* KyModule::Find(const char* name) {
+  if (name == nullptr) return nullptr;
+  for (_KyModuleDescriptor* d = KyModuleLoader::Chain; d != nullptr; d = d->next)
+    if (d->name != nullptr && std::strcmp(d->name, name) == 0) return d;
+  return nullptr;
+}
+
+KyModule* KyModule::IsLoaded(const char* name) {
+  KyModuleDescriptor* descriptor = Find(name);
+  return descriptor != nullptr ? descriptor->getModule() : nullptr;
+}
+
+KyModuleDescriptor** KyModule::GetDescriptors(unsigned long& count) {
+  count = 0;
+  for (_KyModuleDescriptor* d = KyModuleLoader::Chain; d != nullptr; d = d->next) ++count;
+  if (count == 0) return nullptr;
+  void** array = KyPointerPool::Alloc(count, false);
+  if (array == nullptr) {
+    count = 0;
+    return nullptr;
+  }
+  unsigned long index = 0;
+  for (_KyModuleDescriptor* d = KyModuleLoader::Chain; d != nullptr; d = d->next) array[index++] = d;
+  return reinterpret_cast<KyModuleDescriptor**>(array);
+}
+
+void KyModule::ReScan() {
+  if (InitLoader() == 0) return;
+  for (KyPathListIterator entry(KyGlobalContext::GetInstance().getModulePath()); !entry == 0; entry++) {
+    KyPathName directory(static_cast<const KyPathName&>(entry));
+    if (!directory.openDir()) continue;
+    KyPathName work(directory);
+    work.setExtension(KyString("kmd"), -1, 0);
+    KyPathName item;
+    while (directory.readDir(item)) {
+      work.setBaseName(item.getBaseName(), -1, 0);
+      if (work.getExtension().compare(KyString("kmd")) != 0 || work.getFileName().getLength() == 0 ||
+          !IsRegularFile(work) || !work.isReadable())
+        continue;
+      if (Find(work.getFileName()) != nullptr) continue;
+      KyPathName library(work);
+      library.setExtension(LibraryExtension, -1, 0);
+      if (library.isReadable())
+        KyModuleLoader::scanDescriptor(work, library);
+      else if (Tracing(1))
+        std::cerr << "KyModule: Cannot find library : " << library.getString(KyPathName::kSystemPathType) << std::endl;
+    }
+    directory.closeDir();
+  }
+}
+
+KyModule* KyModule::Load(const char* name, void* userArg) {
+  InitLoader();
+  if (name == nullptr) return nullptr;
+  KyPathName path(name);
+  const KyString moduleName = path.getFileName();
+  KyPathName result;
+  if (Tracing(2)) std::cerr << "KyModule::Load(" << name << ") -> name=" << moduleName << std::endl;
+
+  if (KyModuleDescriptor* known = Find(moduleName)) {
+    if (known->getModule() != nullptr) return known->getModule();
+    return static_cast<_KyModuleDescriptor*>(known)->load(userArg);
+  }
+
+  const KyPathList& modulePath = KyGlobalContext::GetInstance().getModulePath();
+  path.setBaseName(moduleName, -1, 0);
+  if (modulePath.findInPath(path, result, false)) {
+    auto* descriptor = new _KyModuleDescriptor(moduleName, kLibraryVersion, result, nullptr);
+    if (KyModule* module = descriptor->load(userArg)) return module;
+  }
+  path.setBaseName(LibraryFileName(moduleName), -1, 0);
+  if (modulePath.findInPath(path, result, false))
+    return Load(new _KyModuleDescriptor(moduleName, kLibraryVersion, result, nullptr), userArg);
+  return nullptr;
+}
+
+KyModule* KyModule::Load(KyModuleDescriptor* descriptor, void* userArg) {
+  if (descriptor == nullptr) return nullptr;
+  if (descriptor->getModule() != nullptr) return descriptor->getModule();
+  return static_cast<_KyModuleDescriptor*>(descriptor)->load(userArg);
+}
+
+KyModule* _KyModuleDescriptor::load(void* userArg) {
+  if (Tracing(4)) {
+    std::cerr << "KyModuleLoader: Loading Disabled" << std::endl;
+    KyModuleLoader::Status = KyModule::kModuleNotFound;
+    return nullptr;
+  }
+  KyModuleLoader::Status = KyModule::kNoError;
+  if (module != nullptr) return module;
+  // A requires that comes back to a load under way, or nests too deep, cannot resolve.
+  if (loading || LoadDepth >= KyModuleLoader::kMaxDepth) {
+    KyModuleLoader::Status = KyModule::kDependencyNotResolved;
+    return nullptr;
+  }
+  if (Tracing(2))
+    std::cerr << "KyModuleLoader: Loading " << Printable(name) << " - lib=" << library.getString(KyPathName::kSystemPathType)
+              << std::endl;
+
+  loading = true;
+  ++LoadDepth;
+  KyModule* result = loadRequiredAndLibrary(userArg);
+  --LoadDepth;
+  loading = false;
+  return result;
+}
+
+KyModule* _KyModuleDescriptor::loadRequiredAndLibrary(void* userArg) {
+  KyXmlElement* root = document != nullptr ? document->getRootElement() : nullptr;
+  if (root != nullptr) {
+    for (KyXmlElement* required = root->getElement("requires", nullptr); required != nullptr;
+         required = root->getElement("requires", required)) {
+      const char* requiredName = required->getAttributeValue("module");
+      if (requiredName == nullptr) {
+        std::cerr << "KyModule error: 'requires' tag needs a 'module' attribute." << std::endl;
+        return nullptr;
+      }
+      if (Tracing(2)) std::cerr << "    requires module: " << requiredName << std::endl;
+      if (KyModule::Load(requiredName, nullptr) == nullptr) {
+        std::cerr << "KyModule error: Module '" << Printable(name) << "' requires unloadable module '" << requiredName
+                  << "'" << std::endl;
+        KyModuleLoader::Status = KyModule::kDependencyNotResolved;
+        return nullptr;
+      }
+    }
+  }
+
+  static const char* const entryName = "KyInit" "Module";
+  if (Tracing(2))
+    std::cerr << "_KyModuleDesc::load lib=" << library.getString(KyPathName::kSystemPathType) << ", entryPoint=" << entryName
+              << std::endl;
+  const std::string text = LibraryText(library);
+  void* newHandle = dlopen(text.c_str(), RTLD_NOW | RTLD_LOCAL);
+  KyModule* made = nullptr;
+  KyModule::Error error = KyModule::kNoError;
+  if (newHandle == nullptr) {
+    const char* reason = dlerror();
+    std::cerr << "Module load failed (LoadLibrary): " << Printable(reason) << std::endl;
+    error = KyModule::kModuleNotFound;
+  } else if (void* entry = dlsym(newHandle, entryName)) {
+    made = reinterpret_cast<KyModule* (*)(void*)>(entry)(userArg);
+  } else {
+    error = KyModule::kEntryPointNotFound;
+  }
+  KyModuleLoader::Status = error;
+
+  // A library opened again replaces the earlier handle; dlopen counts opens, so the
+  // earlier one is closed here rather than left open for ever.
+  if (handle != nullptr && newHandle != nullptr) dlclose(handle);
+  if (newHandle != nullptr) handle = newHandle;
+  if (error == KyModule::kNoError) {
+    module = made;
+    if (made != nullptr) made->descriptor = this;
+  } else {
+    delete made;
+    if (handle != nullptr) dlclose(handle);
+    handle = nullptr;
+  }
+  if (Tracing(2)) {
+    if (made != nullptr)
+      std::cerr << "    => Success!" << std::endl;
+    else
+      std::cerr << "    => FAILURE. Error:" << StatusText(error) << std::endl;
+  }
+  return made;
+}
+
+void KyModuleLoader::releaseDescriptors() {
+  for (_KyModuleDescriptor** list : {&Chain, &Retired}) {
+    while (_KyModuleDescriptor* descriptor = *list) {
+      *list = descriptor->next;
+      delete descriptor;
+    }
+  }
+}
