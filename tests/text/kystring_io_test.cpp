@@ -5,6 +5,7 @@
 #include <iomanip>
 #include <sstream>
 #include <string>
+#include <tuple>
 
 #include <unistd.h>
 
@@ -48,23 +49,19 @@ TEST_P(KyStringStreamTest, QuotedRoundTripsAndReadingRules) {
     EXPECT_STREQ(ReadQuoted(Quoted(KyString(text))).getValue(), text) << Quoted(KyString(text));
   EXPECT_EQ(Quoted(KyString("a\"b\\")), "\"a\\\"b\\\\\"");
   EXPECT_EQ(Quoted(KyString()), "\"\"");
-  struct Case {
-    const char* input;
-    const char* text;
-    bool failed;
-  } cases[] = {
+  const std::tuple<const char*, const char*, bool> cases[] = {
       {"abc", "", true},                    // no quote: everything is skipped
       {"xy \"a\\nb\" tail", "anb", false},  // a backslash makes the next byte literal
       {"\"open", "open", true},             // no closing quote: kept to the end
       {"\"ends\\", "ends", true},           // a backslash at the very end is dropped
       {"", "", true},
   };
-  for (const Case& c : cases) {
-    std::istringstream in(c.input);
+  for (const auto& [input, text, failed] : cases) {
+    std::istringstream in(input);
     KyString s("old");
     s.readQuoted(in);
-    EXPECT_STREQ(s.getValue(), c.text) << c.input;
-    EXPECT_EQ(in.fail(), c.failed) << c.input;
+    EXPECT_STREQ(s.getValue(), text) << input;
+    EXPECT_EQ(in.fail(), failed) << input;
   }
   std::istringstream in("\"one\" rest");
   KyString s;

@@ -2,6 +2,7 @@
 
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "kybase/text/kystring.h"
 #include "text/kystring_locale.h"
@@ -14,20 +15,15 @@ KY_INSTANTIATE_KINDS(KyStringSearchTest);
 int Sign(int v) { return (v > 0) - (v < 0); }
 
 TEST_P(KyStringSearchTest, CompareSigns) {
-  struct Case {
-    const char* a;
-    const char* b;
-    int start, end, otherStart, otherEnd;
-    int sign;
-  } cases[] = {
+  const std::tuple<const char*, const char*, int, int, int, int, int> cases[] = {
       // Whole tails: the shorter sorts first; sub-ranges: the shorter sorts after.
       {"ab", "abc", 0, -1, 0, -1, -1}, {"abc", "ab", 0, -1, 0, -1, 1}, {"abx", "abc", 0, 2, 0, 3, 1},
       {"abc", "abx", 0, 3, 0, 2, -1},  {"abc", "abc", 0, -1, 0, -1, 0}, {"xabc", "abc", 1, -1, 0, -1, 0},
       {"abd", "abc", 0, 3, 0, 3, 1},   {"abc", "abd", 0, 2, 0, 2, 0},  {"b", "a", 0, -1, 0, -1, 1},
   };
-  for (const Case& c : cases) {
-    EXPECT_EQ(Sign(KyString(c.a).compare(KyString(c.b), c.start, c.end, c.otherStart, c.otherEnd)), c.sign)
-        << c.a << " " << c.b;
+  for (const auto& [a, b, start, end, otherStart, otherEnd, sign] : cases) {
+    EXPECT_EQ(Sign(KyString(a).compare(KyString(b), start, end, otherStart, otherEnd)), sign)
+        << a << " " << b;
   }
   EXPECT_EQ(KyString("b").compare("a"), 1);  // whole tails give exactly -1 or +1
   EXPECT_EQ(Sign(KyString("ABX").caseCompare("abc", 0, 2, 0, 3)), 1);
@@ -38,21 +34,18 @@ TEST_P(KyStringSearchTest, CompareSigns) {
 
 TEST_P(KyStringSearchTest, ReversedRangesWriteTheirMessages) {
   KyString s("abcdef");
-  struct Case {
-    int start, end, otherStart, otherEnd;
-    const char* words;
-  } cases[] = {{4, 2, 0, -1, "2nd parameter is greater than 3rd one.\n"},
+  const std::tuple<int, int, int, int, const char*> cases[] = {{4, 2, 0, -1, "2nd parameter is greater than 3rd one.\n"},
                {9, -1, 0, -1, "2nd parameter is greater than 3rd one.\n"},
                {0, -1, 3, 1, "4th parameter is greater than 5th one.\n"}};
-  for (const Case& c : cases) {
+  for (const auto& [start, end, otherStart, otherEnd, words] : cases) {
     testing::internal::CaptureStderr();
-    EXPECT_EQ(s.compare(s, c.start, c.end, c.otherStart, c.otherEnd), -1);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string("KyString::compare: ") + c.words);
+    EXPECT_EQ(s.compare(s, start, end, otherStart, otherEnd), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string("KyString::compare: ") + words);
     testing::internal::CaptureStderr();
-    EXPECT_EQ(s.caseCompare(s, c.start, c.end, c.otherStart, c.otherEnd), -1);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string("KyString::caseCompare: ") + c.words);
+    EXPECT_EQ(s.caseCompare(s, start, end, otherStart, otherEnd), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string("KyString::caseCompare: ") + words);
     testing::internal::CaptureStderr();
-    EXPECT_FALSE(s.equals(s, c.start, c.end, c.otherStart, c.otherEnd));
+    EXPECT_FALSE(s.equals(s, start, end, otherStart, otherEnd));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   }
   testing::internal::CaptureStderr();
@@ -177,13 +170,7 @@ TEST_P(KyStringSearchTest, Splicing) {
 }
 
 TEST_P(KyStringSearchTest, SubstituteOverlaps) {
-  struct Case {
-    const char* text;
-    const char* oldText;
-    const char* newText;
-    int start, end;
-    const char* result;
-  } cases[] = {
+  const std::tuple<const char*, const char*, const char*, int, int, const char*> cases[] = {
       {"aaaa", "aa", "ba", 0, -1, "bbba"},  // in place: each search sees the rewritten text
       {"aaa", "aa", "b", 0, -1, "b"},       // rebuilt: overlaps cut the output back
       {"abcabc", "bc", "X", 0, 5, "aXabc"},  // an occurrence crossing end stays
@@ -192,10 +179,10 @@ TEST_P(KyStringSearchTest, SubstituteOverlaps) {
       {"abab", "ab", "", 0, -1, ""},             {"xaaay", "aa", "bbb", 0, -1, "xbbbbby"},
       {"aaa", "aa", "", 0, -1, ""},  // the cut reaches before the output: nothing is left
   };
-  for (const Case& c : cases) {
-    KyString s(c.text);
-    s.substitute(c.oldText, c.newText, c.start, c.end);
-    EXPECT_STREQ(s.getValue(), c.result) << c.text << " " << c.oldText << " -> " << c.newText;
+  for (const auto& [text, oldText, newText, start, end, result] : cases) {
+    KyString s(text);
+    s.substitute(oldText, newText, start, end);
+    EXPECT_STREQ(s.getValue(), result) << text << " " << oldText << " -> " << newText;
   }
   KyString self("abc");
   self.substitute("b", self);

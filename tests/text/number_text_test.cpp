@@ -1,6 +1,7 @@
 #include "kybase/text/number_text.h"
 
 #include <gtest/gtest.h>
+
 #include <locale.h>
 
 #include <cmath>
@@ -11,6 +12,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "number_locale.h"
 
@@ -82,17 +84,14 @@ double RandomDouble(std::mt19937_64& random) {
 class NumberTextTest : public NumberLocaleTest {};
 
 TEST_P(NumberTextTest, DefaultFormatWritesPointsAndExponents) {
-  const struct {
-    double value;
-    const char* text;
-  } cases[] = {
+  const std::tuple<double, const char*> cases[] = {
       {1.5, "1.5"}, {1e300, "1e+300"}, {-0.0, "-0"}, {1e-5, "1e-05"},
       {1e16, "1e+16"}, {1e15, "1000000000000000"}, {123456789012345678.0, "1.234567890123457e+17"},
   };
-  for (const auto& c : cases) {
-    const Written written = Write(c.value);
-    EXPECT_EQ(written.text, c.text);
-    EXPECT_EQ(written.length, static_cast<int>(std::strlen(c.text))) << c.text;
+  for (const auto& [value, text] : cases) {
+    const Written written = Write(value);
+    EXPECT_EQ(written.text, text);
+    EXPECT_EQ(written.length, static_cast<int>(std::strlen(text))) << text;
   }
 }
 
@@ -147,11 +146,7 @@ TEST_P(NumberTextTest, DefaultTextIsPrintfInTheCLocaleAndReadsBack) {
 }
 
 TEST_P(NumberTextTest, ReadsTexts) {
-  const struct {
-    const char* text;
-    double value;
-    long consumed;
-  } cases[] = {
+  const std::tuple<const char*, double, long> cases[] = {
       {"0.5", 0.5, 3}, {"1.5e", 1.5, 4}, {"1.5E+", 1.5, 5},
       {"1.5abc", 1.5, 3}, {".5", 0.5, 2}, {"-.5", -0.5, 3},
       {"+.5", 0.5, 3}, {"5.", 5.0, 2}, {"12.5e3", 12500.0, 6},
@@ -165,11 +160,11 @@ TEST_P(NumberTextTest, ReadsTexts) {
       {"-Infinity", -kInf, 9}, {"abc", 0.0, 0},   {"", 0.0, 0},       {"  42", 42.0, 4},
       {"0x10", 16.0, 4},       {"+12;", 12.0, 3}, {"1e400", kInf, 5}, {"1e-400", 0.0, 6},
   };
-  for (const auto& c : cases) {
-    const Read read = ReadText(c.text);
-    EXPECT_TRUE(read.ok) << c.text;
-    EXPECT_TRUE(SameBits(read.value, c.value)) << c.text << " read " << read.value;
-    EXPECT_EQ(read.consumed, c.consumed) << c.text;
+  for (const auto& [text, value, consumed] : cases) {
+    const Read read = ReadText(text);
+    EXPECT_TRUE(read.ok) << text;
+    EXPECT_TRUE(SameBits(read.value, value)) << text << " read " << read.value;
+    EXPECT_EQ(read.consumed, consumed) << text;
   }
   // A decimal comma is the runtime's business: only a comma locale reads past it.
   const char* text = "12,5";

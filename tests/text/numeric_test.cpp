@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cstring>
 #include <string>
+#include <tuple>
 
 #include "number_locale.h"
 
@@ -22,15 +23,12 @@ std::string Text(const char* text) { return Text(KyNumeric(text)); }
 std::string Repeat(char c, int count) { return std::string(static_cast<std::size_t>(count), c); }
 
 TEST(Numeric, GetWritesItsOwnTexts) {
-  const struct {
-    const char* text;
-    const char* expected;
-  } cases[] = {{"0.5", ".5"},         {"-0.5", "-.5"},    {"100", "100"},    {"1e3", "1000"},  {"-1e3", "-100"},
+  const std::tuple<const char*, const char*> cases[] = {{"0.5", ".5"},         {"-0.5", "-.5"},    {"100", "100"},    {"1e3", "1000"},  {"-1e3", "-100"},
                {"12.5", "12.5"},      {"-12.5", "-12.5"}, {"1.50", "1.5"},   {"1e-5", ".1e-4"}, {"1.5e-3", ".15e-2"},
                {"0.05", ".05"},       {"0.001", ".001"},  {"0", ".0"},       {"0.0", "0"},     {"-0", ".0"},
                {" + 7", "7"},         {"5.", "5"},        {"123.456e2", "12345.6"}, {"1e200", ".1e201"},
                {"0001.25", "1.25"}};
-  for (const auto& c : cases) EXPECT_EQ(Text(c.text), c.expected) << c.text;
+  for (const auto& [text, expected] : cases) EXPECT_EQ(Text(text), expected) << text;
   const std::pair<long, const char*> longs[] = {{100L, "100"}, {-42L, "-42"}, {0L, "0"}, {LONG_MIN, "-9223372036854775808"}};
   for (const auto& [value, text] : longs) EXPECT_EQ(Text(KyNumeric(value)), text);
   EXPECT_EQ(Text(KyNumeric()), "0");
@@ -79,34 +77,24 @@ TEST(Numeric, TextsAreCheckedBeforeAnythingChanges) {
 // Equality ignores trailing zeros but not the point; the zero test reads only the first
 // digit; the digit texts decide among equal point positions ("1" ends before "100").
 TEST(Numeric, ComparisonsKeepTheirOddities) {
-  const struct {
-    KyNumeric a;
-    const char* op;
-    KyNumeric b;
-    bool holds;
-  } cases[] = {
+  const std::tuple<KyNumeric, const char*, KyNumeric, bool> cases[] = {
       {"1.50", "==", "1.5", true},  {100L, "==", "1e2", true},    {100L, "==", "10", false},  {"5", "==", "-5", false},
       {"1.25", "==", "1.2", false}, {"0.05", "==", "0.07", true}, {-5L, ">", -3L, true},      {-5L, "<", -3L, false},
       {5L, ">", -3L, true},         {-3L, ">", 5L, false},        {3L, "<", 5L, true},        {"12.5", ">", "12.25", true},
       {"0.5", ">", "1e-5", true},   {5L, ">=", 5L, true},         {5L, "<=", 5L, true},       {5L, ">", 5L, false},
       {5L, "<", 5L, false},         {"1e2", ">=", 100L, false},   {"1e2", "<=", 100L, true},  {"1e2", "<", 100L, false},
   };
-  for (const auto& c : cases) {
-    const std::string op = c.op;
-    const bool got = op == "==" ? c.a == c.b : op == ">" ? c.a > c.b : op == "<" ? c.a < c.b : op == ">=" ? c.a >= c.b : c.a <= c.b;
-    EXPECT_EQ(got, c.holds) << Text(c.a) << " " << op << " " << Text(c.b);
+  for (const auto& [a, opText, b, holds] : cases) {
+    const std::string op = opText;
+    const bool got = op == "==" ? a == b : op == ">" ? a > b : op == "<" ? a < b : op == ">=" ? a >= b : a <= b;
+    EXPECT_EQ(got, holds) << Text(a) << " " << op << " " << Text(b);
   }
   for (const KyNumeric& zero : {KyNumeric("0.05"), KyNumeric("0"), KyNumeric()}) EXPECT_TRUE(zero.isZero());
   EXPECT_FALSE(KyNumeric("0.5").isZero());
 }
 
 TEST(Numeric, ArithmeticFollowsTheSigns) {
-  const struct {
-    const char* a;
-    char op;
-    const char* b;
-    const char* expected;
-  } cases[] = {
+  const std::tuple<const char*, char, const char*, const char*> cases[] = {
       {"1.5", '+', "2.25", "3.75"}, {"0.5", '+', "0.5", "1"}, {"99", '+', "1", "100"}, {"-3", '+', "5", "2"},
       {"3", '+', "-5", "-2"}, {"-5", '+', "3", "-2"}, {"5", '+', "-3", "2"}, {"-2", '+', "-3", "-5"},
       {"1e-5", '+', "1e-5", ".2e-4"}, {"1e3", '+', "1e3", "2000"}, {"-0.01", '+', "-0.02", ".03"}, {"0.1", '-', "0.3", "-.2"},
@@ -116,11 +104,11 @@ TEST(Numeric, ArithmeticFollowsTheSigns) {
       {"-2", '*', "-3", "6"}, {"100", '*', "2", "200"}, {"1.5", '*', "0.5", "7.5"}, {"0", '*', "123", "0"},
       {"1e-5", '*', "1e-5", ".1"},
   };
-  for (const auto& c : cases) {
-    KyNumeric a(c.a);
-    const KyNumeric b(c.b);
-    const KyNumeric result = c.op == '+' ? a + b : c.op == '-' ? a - b : a * b;
-    EXPECT_EQ(Text(result), c.expected) << c.a << ' ' << c.op << ' ' << c.b;
+  for (const auto& [left, op, right, expected] : cases) {
+    KyNumeric a(left);
+    const KyNumeric b(right);
+    const KyNumeric result = op == '+' ? a + b : op == '-' ? a - b : a * b;
+    EXPECT_EQ(Text(result), expected) << left << ' ' << op << ' ' << right;
   }
   KyNumeric value("1.5");
   EXPECT_EQ(Text(value + 2L), "3.5");
@@ -148,30 +136,23 @@ TEST(Numeric, ResultsKeepFortyEightPlaces) {
 }
 
 TEST(Numeric, IntegerMeansAThirtyTwoBitLong) {
-  const struct {
-    KyNumeric value;
-    bool integer;
-  } cases[] = {
+  const std::tuple<KyNumeric, bool> cases[] = {
       {KyNumeric(), false}, {"0", false},         {123L, true},           {"12.5", false},         {2147483647L, true},
       {2147483648L, false}, {-2147483647L, true}, {"2147483646.5", true}, {"2147483647.5", false}, {999999999L, true},
       {"1e9", true},        {"5e9", false},       {"1e-5", false},         {"0.0e5", false},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(c.value.isInteger(), c.integer) << Text(c.value);
-    EXPECT_EQ(c.value.isReal(), !c.integer) << Text(c.value);
+  for (const auto& [value, integer] : cases) {
+    EXPECT_EQ(value.isInteger(), integer) << Text(value);
+    EXPECT_EQ(value.isReal(), !integer) << Text(value);
   }
 }
 
 // setScale moves the point without rounding; a point beyond 48 places leaves zero.
 TEST(Numeric, AccessorsScaleAndSign) {
-  const struct {
-    KyNumeric value;
-    short precision;
-    short scale;
-  } cases[] = {{"12.5", 3, 1}, {"1e3", 1, -3}, {100L, 3, 0}, {"0.05", 2, 2}, {KyNumeric(), 0, 0}};
-  for (const auto& c : cases) {
-    EXPECT_EQ(c.value.getPrecision(), c.precision) << Text(c.value);
-    EXPECT_EQ(c.value.getScale(), c.scale) << Text(c.value);
+  const std::tuple<KyNumeric, short, short> cases[] = {{"12.5", 3, 1}, {"1e3", 1, -3}, {100L, 3, 0}, {"0.05", 2, 2}, {KyNumeric(), 0, 0}};
+  for (const auto& [value, precision, scale] : cases) {
+    EXPECT_EQ(value.getPrecision(), precision) << Text(value);
+    EXPECT_EQ(value.getScale(), scale) << Text(value);
   }
   EXPECT_EQ(Text(KyNumeric("1.25").setScale(1)), "12.5");
   EXPECT_EQ(Text(KyNumeric("1.25").setScale(0)), "125");

@@ -2,6 +2,7 @@
 
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "kybase/xml/xml_document.h"
@@ -32,12 +33,7 @@ std::string RootText(KyXmlDocument& document) {
 }
 
 TEST(XmlParser, EncodingTable) {
-  struct Case {
-    std::string bytes;
-    int code;
-    std::string text;
-  };
-  const Case cases[] = {
+  const std::tuple<std::string, int, std::string> cases[] = {
       {"<a>\xC3\xA9</a>", 0, "\xC3\xA9"},
       {"\xEF\xBB\xBF<a>x</a>", 0, "x"},
       {Utf16("<a>x</a>", false, true), 0, "x"},
@@ -58,14 +54,14 @@ TEST(XmlParser, EncodingTable) {
       // A sequence cut off by the end of the input is read no further.
       {"<a/>      \xF0\x9F", KyXmlError::kEndOfDocumentExpected, ""},
   };
-  for (const Case& c : cases) {
+  for (const auto& [bytes, code, text] : cases) {
     KyXmlDocument document;
-    ReadText(document, c.bytes);
-    EXPECT_EQ(CurrentFault().code, c.code) << c.bytes;
-    if (c.code == 0) {
-      EXPECT_EQ(RootText(document), c.text) << c.bytes;
+    ReadText(document, bytes);
+    EXPECT_EQ(CurrentFault().code, code) << bytes;
+    if (code == 0) {
+      EXPECT_EQ(RootText(document), text) << bytes;
     } else {
-      EXPECT_EQ(document.getNodes().getLength(), 0u) << c.bytes;
+      EXPECT_EQ(document.getNodes().getLength(), 0u) << bytes;
     }
   }
   std::string pair = Utf16("<a>xx</a>", false, true);
@@ -76,11 +72,7 @@ TEST(XmlParser, EncodingTable) {
 }
 
 TEST(XmlParser, EveryErrorWithItsLine) {
-  struct Case {
-    const char* text;
-    XmlFault fault;
-  };
-  const Case cases[] = {
+  const std::tuple<const char*, XmlFault> cases[] = {
       {"", {2, 1, 1}}, {"<?xml version='1.0'?>", {2, 2, 1}},
       {"<!-- never closed", {2, 3, 1}}, {"<a>x</a>\n\ny", {1, 4, 3}},
       {"<a>\n\ntext", {2, 5, 3}}, {"<?xml?><a/>", {2, 6, 1}},
@@ -95,11 +87,11 @@ TEST(XmlParser, EveryErrorWithItsLine) {
       {"<a>&#X41;</a>", {2, 22, 1}}, {"<a>%x;</a>  ", {2, 22, 1}},
       {"<a b='&#X41;'/>", {2, 23, 1}}, {"<!DOCTYPE 1a><a/>", {2, 24, 1}},
   };
-  for (const Case& c : cases) {
+  for (const auto& [text, fault] : cases) {
     KyXmlDocument document;
-    ReadText(document, c.text);
-    EXPECT_EQ(CurrentFault(), c.fault) << c.text;
-    EXPECT_EQ(document.getNodes().getLength(), 0u) << c.text;
+    ReadText(document, text);
+    EXPECT_EQ(CurrentFault(), fault) << text;
+    EXPECT_EQ(document.getNodes().getLength(), 0u) << text;
   }
 }
 
