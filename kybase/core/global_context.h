@@ -96,13 +96,17 @@ class KY_EXPORT KyGlobalContext {
   /// True once a client has set a locale.
   bool hasLocale() const { return locale != nullptr; }
 
-  // The per-user data directory and the module search path (defined in the paths
-  // layer). The home is a name only: it is neither made nor tested. A fresh module
-  // path searches "." first, then the list, then KYMODULEPATH (or else PATH).
+  /// The per-user data directory and the module search path (defined in the paths
+  /// layer). The home is a name only: it is neither made nor tested. A fresh module
+  /// path searches "." first, then the list, then KYMODULEPATH (or else PATH).
   const KyPathName& getHome() const;
+  /// The module search path.
   const KyPathList& getModulePath() const;
+  /// Appends a directory to the module path's previous list, searched first.
   void addInModulePathPrevList(const KyPathName& path);
+  /// Appends a directory to the module path's list.
   void addInModulePathList(const KyPathName& path);
+  /// Appends a directory to the module path's post list, searched last.
   void addInModulePathPostList(const KyPathName& path);
 
  protected:
@@ -135,8 +139,8 @@ class KY_EXPORT KyGlobalContext {
   /// The owner's table of values, or null with the error set to kNoOwner; clears the
   /// error first.
   KyAList* innerTable(void* owner) const;
-  // The paths layer makes the two path objects (construction step 2), fills them from
-  // the environment (step 5, and again on setLocale) and destroys them (step 14).
+  /// The paths layer makes the two path objects (construction step 2), fills them from
+  /// the environment (step 5, and again on setLocale) and destroys them (step 14).
   void makePaths();
   void initializeHomePath();
   void initializeModulePath();
