@@ -397,6 +397,37 @@ void TourCalendar() {
   }
 }
 
+void TourPaths(const std::string& data) {
+  Heading("Paths");
+  KyPathName report;
+  report.setDosValue("C:\\Data\\Reports\\Q1.summary.txt");
+  std::cout << "  device " << report.getDevice() << ", directory " << report.getUnixDirectory(true) << ", file "
+            << report.getFileName() << ", extension " << report.getExtension() << "\n";
+  std::cout << "  DOS " << report.getDosValue() << "\n  Unix " << report.getUnixValue() << "\n  8.3 "
+            << report.get83DosValue() << "\n  truncated to 1 level " << report.getTruncatedValue(1) << "\n";
+  KyPathList search;
+  search.setList(KyPathName((data + "/no-such-folder/").c_str()));
+  search.addInList(KyPathName((data + "/").c_str()));
+  std::cout << "  searching " << search.getString() << " for workshop.xml:\n";
+  KyPathName found;
+  if (search.findInPath("workshop.xml", found, true))
+    std::cout << "  found " << static_cast<const char*>(found) << "\n";
+  const KyPathName folder((data + "/").c_str());
+  const KyPathName pattern("*.(xml|txt)");
+  std::set<std::string> names;
+  KyPathName entry;
+  if (folder.openDir()) {
+    while (folder.readDir(entry))
+      if (!entry.isDirectory() && entry.match(pattern)) names.insert(static_cast<const char*>(entry));
+    folder.closeDir();
+  }
+  std::cout << "  files matching *.(xml|txt):";
+  for (const std::string& name : names) std::cout << " " << name;
+  KyGlobalContext& context = KyGlobalContext::GetInstance();
+  std::cout << "\n  home " << static_cast<const char*>(context.getHome()) << "\n  module path "
+            << context.getModulePath().getString() << "\n";
+}
+
 void TourModules() {
 #ifdef KY_TOUR_MODULES
   Heading("Modules");
@@ -439,5 +470,6 @@ int main(int argc, char** argv) {
   TourUrl(data);
   TourCalendar();
   TourModules();
+  TourPaths(data);
   return 0;
 }

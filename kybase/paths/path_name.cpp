@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <cwchar>
+#include <memory>
 #include <string>
 
 #include "kybase/paths/path_name_internal.h"
@@ -70,63 +71,95 @@ KyPathSpan KyPathSpanOf(const KyString& value, int end, int start) {
   return span;
 }
 
-void KyNormalizeDirectory(const char* text, int size, std::string& out) {
-  std::string a(text, static_cast<std::size_t>(size));
-  if (a.empty() || a.back() != '/') a += '/';
-  // "/./" by "/" in one substitution pass: occurrences are found on the unchanged text,
-  // and where two overlap the output is cut back by the overlap.
-  std::string b;
-  b.reserve(a.size());
-  const std::size_t n = a.size();
-  std::size_t copied = 0;
-  std::size_t previous = std::string::npos;
-  for (std::size_t p = a.find("/./"); p != std::string::npos; p = a.find("/./", p + 1)) {
-    if (previous == std::string::npos || p >= previous + 3) {
-      b.append(a, copied, p - copied);
+bool KyIsNormalDirectory(const char* text, int size) {
+  if (size == 0 || text[size - 1] != '/') return false;
+  if (size >= 2 && text[0] == '.' && text[1] == '/') return false;
+  int s = 0;
+  if (size >= 3 && text[0] == '.' && text[1] == '.' && text[2] == '/') {
+    while (s + 3 <= size && text[s] == '.' && text[s + 1] == '.' && text[s + 2] == '/') s += 3;
+    s -= 1;
+  }
+  for (int i = 0; i + 1 < size; ++i) {
+    if (text[i] != '/') continue;
+    if (text[i + 1] == '/') return false;
+    if (text[i + 1] != '.') continue;
+    if (i + 2 < size && text[i + 2] == '/') return false;
+    // A "/../" at the very start ends the resolution before anything changes.
+    if (i + 3 < size && text[i + 2] == '.' && text[i + 3] == '/' && i >= s && i > 0) return false;
+  }
+  return true;
+}
+
+namespace {
+
+// The directory steps in place on buf, which holds the text and room for one more
+// byte; returns the new length. Every step writes no further than it has read.
+int NormalizeInto(const char* text, int size, char* buf) {
+  std::char_traits<char>::copy(buf, text, static_cast<std::size_t>(size));
+  int n = size;
+  if (n == 0 || buf[n - 1] != '/') buf[n++] = '/';
+  // "/./" by "/" in one substitution pass. Occurrences overlapping by their last "/"
+  // ("/././") are cut back to one "/", as the string's substitution does.
+  int w = 0;
+  for (int i = 0; i < n;) {
+    if (i + 2 < n && buf[i] == '/' && buf[i + 1] == '.' && buf[i + 2] == '/') {
+      buf[w++] = '/';
+      i += 2;
+      while (i + 2 < n && buf[i + 1] == '.' && buf[i + 2] == '/') i += 2;
+      i += 1;
     } else {
-      b.resize(b.size() - (previous + 3 - p));
+      buf[w++] = buf[i++];
     }
-    b += '/';
-    copied = p + 3;
-    previous = p;
   }
-  b.append(a, copied, n - copied);
-  // Runs of "/" become one; then a leading "./" goes.
-  std::string c;
-  c.reserve(b.size());
-  for (char ch : b)
-    if (ch != '/' || c.empty() || c.back() != '/') c += ch;
-  const char* t = c.data();
-  long length = static_cast<long>(c.size());
-  if (length >= 2 && t[0] == '.' && t[1] == '/') {
-    t += 2;
-    length -= 2;
-  }
+  n = w;
+  // Runs of "/" become one.
+  w = 0;
+  for (int i = 0; i < n; ++i)
+    if (buf[i] != '/' || w == 0 || buf[w - 1] != '/') buf[w++] = buf[i];
+  n = w;
+  int first = 0;
+  if (n >= 2 && buf[0] == '.' && buf[1] == '/') first = 2;
   // s ends the leading group of "../"; "x/../" pairs after it are taken out from the
   // left, a pair that meets the group extends it, and a "/../" at the very start ends
   // the work. The text is read once: a pair is seen when its last "/" arrives.
-  long s = 0;
+  const char* t = buf + first;
+  const int length = n - first;
+  int s = 0;
   if (length >= 3 && t[0] == '.' && t[1] == '.' && t[2] == '/') {
     while (s + 3 <= length && t[s] == '.' && t[s + 1] == '.' && t[s + 2] == '/') s += 3;
     s -= 1;
   }
-  out.clear();
-  out.reserve(static_cast<std::size_t>(length));
-  for (long k = 0; k < length; ++k) {
-    out += t[k];
-    const long i = static_cast<long>(out.size()) - 4;
-    if (i < s || t[k] != '/' || out[i] != '/' || out[i + 1] != '.' || out[i + 2] != '.') continue;
+  w = 0;
+  for (int k = 0; k < length; ++k) {
+    buf[w++] = t[k];
+    const int i = w - 4;
+    if (i < s || t[k] != '/' || buf[i] != '/' || buf[i + 1] != '.' || buf[i + 2] != '.') continue;
     if (i == 0) {
-      out.append(t + k + 1, static_cast<std::size_t>(length - k - 1));
-      return;
+      std::char_traits<char>::move(buf + w, t + k + 1, static_cast<std::size_t>(length - k - 1));
+      return w + length - k - 1;
     }
     if (i == s) {
       s += 3;
       continue;
     }
-    const std::size_t p = out.rfind('/', static_cast<std::size_t>(i - 1));
-    out.resize(p == std::string::npos ? 0 : p + 1);
+    int p = i - 1;
+    while (p >= 0 && buf[p] != '/') --p;
+    w = p + 1;
   }
+  return w;
+}
+
+}  // namespace
+
+KyString KyNormalizedDirectory(const char* text, int size) {
+  char local[512];
+  std::unique_ptr<char[]> heap;
+  char* buf = local;
+  if (size + 1 > static_cast<int>(sizeof local)) {
+    heap.reset(new char[static_cast<std::size_t>(size) + 1]);
+    buf = heap.get();
+  }
+  return KyPathText(buf, NormalizeInto(text, size, buf));
 }
 
 KyPathName::KyPathName() = default;
@@ -134,24 +167,38 @@ KyPathName::KyPathName() = default;
 KyPathName::KyPathName(const KyString& text) { setUnixValue(text, -1, 0); }
 
 KyPathName::KyPathName(const char* text) {
-  if (text != nullptr) setUnixValue(KyString(text), -1, 0);
+  if (text == nullptr) return;
+  // Single-byte text is parsed where it stands; multi-byte text goes through a string,
+  // which stops at an invalid sequence.
+  if (MB_CUR_MAX < 2) {
+    const int size = static_cast<int>(std::char_traits<char>::length(text));
+    setValBytes(text, size, 0, size, size - 1);
+  } else {
+    setUnixValue(KyString(text), -1, 0);
+  }
 }
 
-KyPathName::KyPathName(const KyPathName& other) {
+KyPathName::KyPathName(const KyPathName& other) { copyParts(other); }
+
+void KyPathName::copyParts(const KyPathName& other) {
   setDevice(other._device, -1, 0);
-  setUnixDirectory(other.getUnixDirectory(true), -1, 0);
+  const char* text;
+  const int size = KyPathBytes(other._directory, text);
+  // A directory that normalising would leave as it is is shared, not rebuilt.
+  if (size == 0 || KyIsNormalDirectory(text, size))
+    _directory = other._directory;
+  else
+    setUnixDirectory(other.getUnixDirectory(true), -1, 0);
   _fileName = other._fileName;
   _extension = other._extension;
+  _dirty = true;
 }
 
 KyPathName::~KyPathName() { closeDir(); }
 
 KyPathName& KyPathName::operator=(const KyPathName& other) {
   if (this == &other) return *this;
-  setDevice(other._device, -1, 0);
-  setUnixDirectory(other.getUnixDirectory(true), -1, 0);
-  _fileName = other._fileName;
-  _extension = other._extension;
+  copyParts(other);
   closeDir();
   return *this;
 }
@@ -214,47 +261,80 @@ KyString KyPathName::getDirName(bool keepSeparator, KyPathType type) const {
   return name;
 }
 
+namespace {
+
+struct Piece {
+  const char* text;
+  int size;
+};
+
+Piece PieceOf(const KyString& value) {
+  Piece piece;
+  piece.size = KyPathBytes(value, piece.text);
+  return piece;
+}
+
+// The pieces one after the other, built on the stack when short.
+KyString Joined(const Piece* pieces, int count) {
+  int total = 0;
+  for (int k = 0; k < count; ++k) total += pieces[k].size;
+  char local[512];
+  std::unique_ptr<char[]> heap;
+  char* buf = local;
+  if (total > static_cast<int>(sizeof local)) {
+    heap.reset(new char[static_cast<std::size_t>(total)]);
+    buf = heap.get();
+  }
+  int at = 0;
+  for (int k = 0; k < count; ++k) {
+    std::char_traits<char>::copy(buf + at, pieces[k].text, static_cast<std::size_t>(pieces[k].size));
+    at += pieces[k].size;
+  }
+  return KyPathText(buf, total);
+}
+
+}  // namespace
+
 KyString KyPathName::getUnixValue() const {
-  std::string text;
-  const char* part;
-  if (!_directory.isEmpty() || isDirectory()) {
-    const KyString directory = getUnixDirectory(true);
-    text.append(part, static_cast<std::size_t>(KyPathBytes(directory, part)));
+  const bool withDirectory = !_directory.isEmpty() || isDirectory();
+  if (_extension.isEmpty() && (!withDirectory || _fileName.isEmpty())) {
+    // One part alone is shared, not copied.
+    _value = withDirectory ? getUnixDirectory(true) : _fileName;
+  } else {
+    const KyString directory = withDirectory ? getUnixDirectory(true) : KyString();
+    Piece pieces[4] = {PieceOf(directory), PieceOf(_fileName), {".", _extension.isEmpty() ? 0 : 1},
+                       PieceOf(_extension)};
+    _value = Joined(pieces, 4);
   }
-  text.append(part, static_cast<std::size_t>(KyPathBytes(_fileName, part)));
-  if (!_extension.isEmpty()) {
-    text += '.';
-    text.append(part, static_cast<std::size_t>(KyPathBytes(_extension, part)));
-  }
-  _value = KyPathText(text);
   _dirty = false;
   return _value;
 }
 
 KyString KyPathName::getDosValue() const {
-  std::string text;
-  const char* part;
+  Piece pieces[6];
+  int count = 0;
+  KyString directory;
   if (!_device.isEmpty()) {
-    text.append(part, static_cast<std::size_t>(KyPathBytes(_device, part)));
-    if (_device.getLength() == 1) text += ':';
+    pieces[count++] = PieceOf(_device);
+    if (_device.getLength() == 1) pieces[count++] = {":", 1};
     if (_directory.isEmpty()) {
-      text += '\\';
+      pieces[count++] = {"\\", 1};
     } else {
       const char first = _directory.getValue()[0];
-      if (first != '/' && first != '.') text += '\\';
-      const KyString directory = getDosDirectory(true);
-      text.append(part, static_cast<std::size_t>(KyPathBytes(directory, part)));
+      if (first != '/' && first != '.') pieces[count++] = {"\\", 1};
+      directory = getDosDirectory(true);
+      pieces[count++] = PieceOf(directory);
     }
   } else if (!_directory.isEmpty() || isDirectory()) {
-    const KyString directory = getDosDirectory(true);
-    text.append(part, static_cast<std::size_t>(KyPathBytes(directory, part)));
+    directory = getDosDirectory(true);
+    pieces[count++] = PieceOf(directory);
   }
-  text.append(part, static_cast<std::size_t>(KyPathBytes(_fileName, part)));
+  pieces[count++] = PieceOf(_fileName);
   if (!_extension.isEmpty()) {
-    text += '.';
-    text.append(part, static_cast<std::size_t>(KyPathBytes(_extension, part)));
+    pieces[count++] = {".", 1};
+    pieces[count++] = PieceOf(_extension);
   }
-  _value = KyPathText(text);
+  _value = Joined(pieces, count);
   _dirty = true;
   return _value;
 }
@@ -269,9 +349,7 @@ bool KyPathName::isAbsolute() const { return !_directory.isEmpty() && _directory
 void KyPathName::normalize() {
   const char* text;
   const int size = KyPathBytes(_directory, text);
-  std::string out;
-  KyNormalizeDirectory(text, size, out);
-  _directory = KyPathText(out);
+  _directory = KyNormalizedDirectory(text, size);
 }
 
 void KyPathName::setDirBytes(const char* text, int begin, int end) {
@@ -285,9 +363,11 @@ void KyPathName::setDirBytes(const char* text, int begin, int end) {
   // An unchanged text is not normalised again.
   if (size == end - begin && std::char_traits<char>::compare(current, text + begin, static_cast<std::size_t>(size)) == 0)
     return;
-  std::string out;
-  KyNormalizeDirectory(text + begin, end - begin, out);
-  _directory = KyPathText(out);
+  if (KyIsNormalDirectory(text + begin, end - begin)) {
+    _directory = KyPathText(text + begin, end - begin);
+    return;
+  }
+  _directory = KyNormalizedDirectory(text + begin, end - begin);
 }
 
 void KyPathName::setInternalDir(const KyString& value, int end, int start) {

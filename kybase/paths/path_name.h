@@ -189,6 +189,7 @@ class KY_EXPORT KyPathName {
   void setValBytes(const char* text, int size, int begin, int end, int probe);
   void dosParse(const KyString& value, int end, int start, bool dirName);
   void clearDirAndDevice();
+  void copyParts(const KyPathName& other);
 
   KyString _device;
   KyString _directory;

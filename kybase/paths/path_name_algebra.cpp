@@ -71,7 +71,11 @@ KyPathName& KyPathName::merge(const KyPathName& other) {
   if (other.isAbsolute()) return *this = other;
   const KyString fileName = other._fileName;
   const KyString extension = other._extension;
-  addUnixDirectory(other.getUnixDirectory(true), -1, 0);
+  // "./" added to a directory in normal form gives it back unchanged.
+  const char* text;
+  const int size = KyPathBytes(_directory, text);
+  if (!other._directory.isEmpty() || (size != 0 && !KyIsNormalDirectory(text, size)))
+    addUnixDirectory(other.getUnixDirectory(true), -1, 0);
   _fileName = fileName;
   _extension = extension;
   _dirty = true;
@@ -113,9 +117,7 @@ void KyPathName::forceRelative() {
   if (!isAbsolute()) return;
   // The root loses its "/" and gets it back from normalising: it stays the root.
   const std::string directory = Bytes(_directory);
-  std::string out;
-  KyNormalizeDirectory(directory.data() + 1, static_cast<int>(directory.size()) - 1, out);
-  _directory = KyPathText(out);
+  _directory = KyNormalizedDirectory(directory.data() + 1, static_cast<int>(directory.size()) - 1);
   _dirty = true;
 }
 

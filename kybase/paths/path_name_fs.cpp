@@ -48,8 +48,10 @@ std::string CurrentDirectory() {
   }
 }
 
+// Non-blocking, so that a FIFO without a writer (or reader) answers at once instead of
+// holding the caller.
 bool OpenAndClose(const std::string& name, int flags) {
-  const int fd = ::open(name.c_str(), flags, 0666);
+  const int fd = ::open(name.c_str(), flags | O_NONBLOCK | O_CLOEXEC, 0666);
   if (fd < 0) return false;
   ::close(fd);
   return true;

@@ -44,7 +44,12 @@ inline KyString KyPathText(const std::string& text) {
 // one pass of the string's substitution (whose overlap rule makes "a/././b/" "a/b/"),
 // runs of "/" made one, a leading "./" dropped, and "name/../" pairs resolved after
 // the leading group of "../".
-void KyNormalizeDirectory(const char* text, int size, std::string& out);
+KyString KyNormalizedDirectory(const char* text, int size);
+
+// Whether normalising would give text back unchanged: it ends with "/" and holds no
+// "//", no "/./", no leading "./" and no "/../" after its leading "../" group (one at
+// the very start stops the resolution). Such texts are stored as they are.
+bool KyIsNormalDirectory(const char* text, int size);
 
 // The scan behind KyPathName::_scan.
 struct KyDirScan {

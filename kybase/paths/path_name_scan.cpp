@@ -2,6 +2,7 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
+#include <cstdlib>
 #include <string>
 
 #include "kybase/paths/path_name.h"
@@ -55,25 +56,36 @@ bool KyPathName::openDir() const {
 bool KyPathName::readDir(KyPathName& entry) const {
   unsigned char type = DT_UNKNOWN;
   if (_scan == nullptr || !NextEntry(*_scan, type)) return false;
-  const KyString name = KyPathText(_scan->entry);
-  entry = *this;
-  entry.setBaseName(name, -1, 0);
+  // A single-byte name is used where it stands; a multi-byte one goes through a string,
+  // which stops at an invalid sequence.
+  KyString name;
+  const char* text = _scan->entry.c_str();
+  int size = static_cast<int>(_scan->entry.size());
+  if (MB_CUR_MAX >= 2) {
+    name = KyString(text);
+    size = KyPathBytes(name, text);
+  }
   // The entry's own type stands in for a stat where the two agree; links and unknown
-  // types are stat'ed, so a link to a directory reads as a directory.
-  bool directory;
-  if (type == DT_DIR)
-    directory = true;
-  else if (type != DT_UNKNOWN && type != DT_LNK)
-    directory = false;
-  else
+  // types are stat'ed through the path, so a link to a directory reads as one. A
+  // directory entry keeps this path's device and has the name as its directory; a
+  // file entry is the bare name.
+  bool directory = type == DT_DIR;
+  if (type == DT_UNKNOWN || type == DT_LNK) {
+    entry = *this;
+    entry.setBaseNameBytes(text, 0, size, size - 1);
     directory = entry.isSystemDirectory();
+  }
   if (directory) {
-    entry.setUnixDirectory(name, -1, 0);
+    entry._device = _device;
+    entry._directory = KyString();
+    entry.setDirBytes(text, 0, size);
     entry._fileName = KyString();
     entry._extension = KyString();
   } else {
     entry.clearDirAndDevice();
+    entry.setBaseNameBytes(text, 0, size, size - 1);
   }
+  entry.closeDir();
   return true;
 }
 
