@@ -143,12 +143,6 @@ KyCalendar* KyCalendar::createInstance(KyTimeZone* zone, const KyLocale& locale,
   return Finish(calendar, status);
 }
 
-double KyCalendar::getTime(KyDateErrorCode& status) const {
-  if (KyDateFailed(status)) return 0.0;
-  if (!_isTimeSet) updateTime(status);
-  return _time;
-}
-
 void KyCalendar::setTime(double time, KyDateErrorCode& status) {
   if (KyDateFailed(status)) return;
   if (!isSupportedTime(time)) {
@@ -168,21 +162,6 @@ long KyCalendar::get(KyDateFields field, KyDateErrorCode& status) const {
   complete(status);
   if (KyDateFailed(status) || !validField(field)) return 0;
   return _fields[field];
-}
-
-void KyCalendar::set(KyDateFields field, long value) {
-  if (!validField(field)) return;
-  if (_nextStamp == INT32_MAX) renumberStamps();
-  _fields[field] = static_cast<std::int32_t>(std::clamp<long>(value, INT32_MIN, INT32_MAX));
-  _stamp[field] = _nextStamp++;
-  _isSet[field] = true;
-  _isTimeSet = false;
-  _areFieldsSet = false;
-}
-
-void KyCalendar::internalSet(KyDateFields field, long value) {
-  if (!validField(field)) return;
-  _fields[field] = static_cast<std::int32_t>(std::clamp<long>(value, INT32_MIN, INT32_MAX));
 }
 
 // Caller stamps keep their order (and their ties) under new numbers from 2 up, so

@@ -12,6 +12,7 @@
 #ifndef KYBASE_CALENDAR_CALENDAR_H
 #define KYBASE_CALENDAR_CALENDAR_H
 
+#include <climits>
 #include <cstdint>
 
 #include "kybase/calendar/date_status.h"
@@ -50,14 +51,26 @@ class KY_EXPORT KyCalendar : public KyDaysOfWeek {
   static KyCalendar* createInstance(KyTimeZone* zone, KyDateErrorCode& status);
   static KyCalendar* createInstance(KyTimeZone* zone, const KyLocale& locale, KyDateErrorCode& status);
 
-  double getTime(KyDateErrorCode& status) const;
+  double getTime(KyDateErrorCode& status) const {
+    if (KyDateFailed(status)) return 0.0;
+    if (!_isTimeSet) updateTime(status);
+    return _time;
+  }
   // Refuses NaN, infinities and times outside the supported range (kIllegalArgument).
   void setTime(double time, KyDateErrorCode& status);
   // Reads of an index outside 0..18 give 0.
   long get(KyDateFields field, KyDateErrorCode& status) const;
   // Values beyond 32 bits are clamped to the nearest 32-bit value; an index outside
   // 0..18 is ignored.
-  void set(KyDateFields field, long value);
+  void set(KyDateFields field, long value) {
+    if (!validField(field)) return;
+    if (_nextStamp == INT32_MAX) renumberStamps();
+    _fields[field] = static_cast<std::int32_t>(value < INT32_MIN ? INT32_MIN : value > INT32_MAX ? INT32_MAX : value);
+    _stamp[field] = _nextStamp++;
+    _isSet[field] = true;
+    _isTimeSet = false;
+    _areFieldsSet = false;
+  }
   void set(long year, long month, long day);
   void set(long year, long month, long day, long hour, long minute);
   void set(long year, long month, long day, long hour, long minute, long second);
@@ -107,7 +120,9 @@ class KY_EXPORT KyCalendar : public KyDaysOfWeek {
   double getTimeInMillis(KyDateErrorCode& status) const { return getTime(status); }
   void setTimeInMillis(double time, KyDateErrorCode& status) { setTime(time, status); }
   long internalGet(KyDateFields field) const { return validField(field) ? _fields[field] : 0; }
-  void internalSet(KyDateFields field, long value);
+  void internalSet(KyDateFields field, long value) {
+    if (validField(field)) _fields[field] = static_cast<std::int32_t>(value < INT32_MIN ? INT32_MIN : value > INT32_MAX ? INT32_MAX : value);
+  }
   double internalGetTime() const { return _time; }
   void internalSetTime(double time) { _time = time; }
   std::int32_t stampOf(KyDateFields field) const { return _stamp[field]; }

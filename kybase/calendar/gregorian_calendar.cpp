@@ -34,6 +34,13 @@ namespace {
 // Folds a month index that a lenient caller left outside 0..11 into the table.
 long MonthIndex(long month) { return ((month % 12) + 12) % 12; }
 
+// The floor of a double that callers keep well within a long: exact, and without a
+// call into the maths library.
+long FloorToLong(double x) {
+  const long truncated = static_cast<long>(x);
+  return static_cast<double>(truncated) > x ? truncated - 1 : truncated;
+}
+
 // Beyond this distance from the supported range no field combination is worth a
 // conversion: the result cannot be held.
 constexpr double kComputeLimit = 4503599627370495.0 + 2 * 86400000.0;
@@ -187,21 +194,16 @@ double KyGregorianCalendar::julianDayToMillis(double julianDay) {
 }
 
 long KyGregorianCalendar::julianDayToDayOfWeek(double julianDay) {
-  const long r = static_cast<long>(std::fmod(julianDay + 1, 7));
+  const long whole = static_cast<long>(julianDay);
+  // Whole days, the only kind the calendar makes, need no floating remainder.
+  const long r = static_cast<double>(whole) == julianDay ? (whole + 1) % 7
+                                                         : static_cast<long>(std::fmod(julianDay + 1, 7));
   return r < 0 ? r + 8 : r + 1;
 }
 
-long KyGregorianCalendar::floorDivide(long numerator, long denominator) {
-  return numerator >= 0 ? numerator / denominator : (numerator + 1) / denominator - 1;
-}
-
-long KyGregorianCalendar::floorDivide(long numerator, long denominator, long* remainder) {
-  const long quotient = floorDivide(numerator, denominator);
-  *remainder = numerator - quotient * denominator;
-  return quotient;
-}
-
 long KyGregorianCalendar::floorDivide(double numerator, long denominator, long* remainder) {
+  const long whole = static_cast<long>(numerator);
+  if (static_cast<double>(whole) == numerator) return floorDivide(whole, denominator, remainder);
   if (numerator >= 0) {
     *remainder = static_cast<long>(std::fmod(numerator, static_cast<double>(denominator)));
     return static_cast<long>(std::trunc(numerator / denominator));
@@ -255,7 +257,7 @@ void KyGregorianCalendar::timeToFields(double theTime, bool quick, KyDateErrorCo
   long dow;
   bool isLeap;
   if (theTime >= _normalizedGregorianCutover) {
-    const long day = static_cast<long>(std::floor(theTime / kOneDay)) + (kEpochStartAsJulianDay - kJan1_1JulianDay);
+    const long day = FloorToLong(theTime / kOneDay) + (kEpochStartAsJulianDay - kJan1_1JulianDay);
     long rem;
     const long n400 = floorDivide(day, 146097, &rem);
     const long n100 = floorDivide(rem, 36524, &rem);
@@ -270,11 +272,12 @@ void KyGregorianCalendar::timeToFields(double theTime, bool quick, KyDateErrorCo
     isLeap = (rawYear & 3) == 0 && (rawYear % 100 != 0 || rawYear % 400 == 0);
     dow = (day + 1) % 7;
   } else {
-    const double day = std::floor(theTime / kOneDay) + (kEpochStartAsJulianDay - 1721424);
-    rawYear = static_cast<long>(std::floor((4 * day + 1464) / 1461));
+    // Whole days, so the floors and the remainder are exact in integers.
+    const long day = FloorToLong(theTime / kOneDay) + (kEpochStartAsJulianDay - 1721424);
+    rawYear = floorDivide(4 * day + 1464, 1461);
     isLeap = (rawYear & 3) == 0;
-    dayOfYear = static_cast<long>(day - (std::floor((rawYear - 1) * 0.25) + 365.0 * (rawYear - 1)));
-    dow = static_cast<long>(std::fmod(day - 1, 7));
+    dayOfYear = day - (floorDivide(rawYear - 1, 4) + 365 * (rawYear - 1));
+    dow = (day - 1) % 7;
   }
 
   long correction = 0;
@@ -334,7 +337,7 @@ void KyGregorianCalendar::computeFields(KyDateErrorCode& status) {
   const long month = _fields[kMonth];
   const long dayOfMonth = _fields[kDayOfMonth];
   const long dayOfWeek = _fields[kDayOfWeek];
-  long millisInDay = static_cast<long>(local - std::floor(local / kOneDay) * kOneDay);
+  long millisInDay = static_cast<long>(local - static_cast<double>(FloorToLong(local / kOneDay)) * kOneDay);
   if (millisInDay < 0) millisInDay += static_cast<long>(kOneDay);
   // No leap year in this table: February counts 28 here in all years.
   const long prevMonthLength = month == 0 ? 31 : KyTimeZone::staticMonthLength[month - 1];

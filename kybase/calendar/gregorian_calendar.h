@@ -106,8 +106,14 @@ class KY_EXPORT KyGregorianCalendar : public KyCalendar {
   static double computeJulianDayOfYear(bool isGregorian, long year, bool& isLeap);
   static double julianDayToMillis(double julianDay);
   static long julianDayToDayOfWeek(double julianDay);
-  static long floorDivide(long numerator, long denominator);
-  static long floorDivide(long numerator, long denominator, long* remainder);
+  static long floorDivide(long numerator, long denominator) {
+    return numerator >= 0 ? numerator / denominator : (numerator + 1) / denominator - 1;
+  }
+  static long floorDivide(long numerator, long denominator, long* remainder) {
+    const long quotient = floorDivide(numerator, denominator);
+    *remainder = numerator - quotient * denominator;
+    return quotient;
+  }
   static long floorDivide(double numerator, long denominator, long* remainder);
 
   double _gregorianCutover = kPapalCutover;
