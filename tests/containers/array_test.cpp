@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "kybase/core/memory_manager.h"
@@ -31,15 +32,13 @@ TEST(Array, CapacityExactFromConstructorThenPowersOfTwo) {
 }
 
 TEST(Array, EraseShrinksWhenFourTimesTheLengthFits) {
-  const struct {
-    unsigned long keep, capacity;
-  } cases[] = {{16, 16}, {17, 64}, {0, 4}};
-  for (const auto& c : cases) {
+  const std::pair<unsigned long, unsigned long> cases[] = {{16, 16}, {17, 64}, {0, 4}};
+  for (const auto& [keep, capacity] : cases) {
     KyArray array(64);
     for (std::uintptr_t i = 0; i < 64; ++i) array.add(V(i));
-    array.erase(c.keep, 64);
-    EXPECT_EQ(array.getLength(), c.keep);
-    EXPECT_EQ(array.getMaxLength(), c.capacity) << c.keep;
+    array.erase(keep, 64);
+    EXPECT_EQ(array.getLength(), keep);
+    EXPECT_EQ(array.getMaxLength(), capacity) << keep;
   }
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kybase/core/memory_pool.h"
@@ -47,11 +48,10 @@ TEST(HashTable, GrowthSequences) {
 }
 
 TEST(HashTable, NextTableSize) {
-  const struct {
-    unsigned long in, out;
-  } cases[] = {{0, 17}, {16, 17}, {17, 17}, {27, 29}, {1638, 1643}, {9239, 9239}, {9240, 9239}, {100000, 9239},
-               {1024, 1031}};
-  for (const auto& c : cases) EXPECT_EQ(Table::nextTableSize(c.in), c.out) << c.in;
+  const std::pair<unsigned long, unsigned long> cases[] = {{0, 17},       {16, 17},     {17, 17},
+                                                           {27, 29},      {1638, 1643}, {9239, 9239},
+                                                           {9240, 9239},  {100000, 9239}, {1024, 1031}};
+  for (const auto& [in, out] : cases) EXPECT_EQ(Table::nextTableSize(in), out) << in;
 }
 
 TEST(HashTable, GrowsAtALoadOfSevenOrAtALongChainAboveALoadOfTwo) {
@@ -79,15 +79,13 @@ TEST(HashTable, GrowsAtALoadOfSevenOrAtALongChainAboveALoadOfTwo) {
 }
 
 TEST(HashTable, RemovalRaisesOnlySmallTablesTo17) {
-  const struct {
-    unsigned long entries, bucketsAfter;
-  } cases[] = {{10, 17}, {11, 5}};
-  for (const auto& c : cases) {
+  const std::pair<unsigned long, unsigned long> cases[] = {{10, 17}, {11, 5}};
+  for (const auto& [entries, bucketsAfter] : cases) {
     KyHashTable table(5);
-    for (std::uintptr_t i = 1; i <= c.entries; ++i) table.insert(Key(i), Key(i));
+    for (std::uintptr_t i = 1; i <= entries; ++i) table.insert(Key(i), Key(i));
     table.remove(Key(1));
-    EXPECT_EQ(table.numberOfBuckets(), c.bucketsAfter) << c.entries;
-    for (std::uintptr_t i = 2; i <= c.entries; ++i) EXPECT_EQ(table.find(Key(i)), Key(i));
+    EXPECT_EQ(table.numberOfBuckets(), bucketsAfter) << entries;
+    for (std::uintptr_t i = 2; i <= entries; ++i) EXPECT_EQ(table.find(Key(i)), Key(i));
   }
   KyHashTable big(17);
   for (std::uintptr_t i = 1; i <= 3; ++i) big.insert(Key(i), nullptr);

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <new>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -22,19 +23,17 @@ std::ptrdiff_t Distance(void* from, void* to) { return static_cast<char*>(to) - 
 
 TEST(MemoryManager, SizeClassesRoundToEightAndShareCellsWithinAClass) {
   // Consecutive fresh cells of one request size lie one rounded size apart.
-  const struct {
-    unsigned int request;
-    std::ptrdiff_t cell;
-  } cases[] = {{1, 8}, {8, 8}, {9, 16}, {16, 16}, {17, 24}, {33, 40}, {57, 64}, {64, 64}};
-  for (const auto& c : cases) {
+  const std::pair<unsigned int, std::ptrdiff_t> cases[] = {{1, 8},   {8, 8},   {9, 16},  {16, 16},
+                                                           {17, 24}, {33, 40}, {57, 64}, {64, 64}};
+  for (const auto& [request, cell] : cases) {
     KyMemoryManager manager;
-    void* first = manager.alloc(c.request);
-    void* second = manager.alloc(c.request);
-    EXPECT_EQ(Distance(first, second), c.cell) << "request " << c.request;
+    void* first = manager.alloc(request);
+    void* second = manager.alloc(request);
+    EXPECT_EQ(Distance(first, second), cell) << "request " << request;
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(first) % 8, 0u);
     // Any size of the same class may release the cell; the next request of the class gets it.
-    manager.release(first, c.cell);
-    EXPECT_EQ(manager.alloc(static_cast<unsigned int>(c.cell - 7)), first) << "request " << c.request;
+    manager.release(first, static_cast<unsigned int>(cell));
+    EXPECT_EQ(manager.alloc(static_cast<unsigned int>(cell - 7)), first) << "request " << request;
   }
   KyMemoryManager manager;  // the free list is last in, first out
   void* a = manager.alloc(8);

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "text/kystring_locale.h"
 
@@ -65,22 +67,14 @@ TEST(KyStringBody, CountPastTheTextKeepsAZeroTailUntilAnEdit) {
 TEST(KyStringBody, MultiByteLengthAndInvalidSequences) {
   ScopedLocale utf8("C.UTF-8");
   if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";
-  struct Case {
-    const char* text;
-    const char* kept;
-    unsigned int length;
-  } cases[] = {
-      {"\xC3\xA9t\xC3\xA9", "\xC3\xA9t\xC3\xA9", 3}, {"\xE2\x82\xAC", "\xE2\x82\xAC", 1},
-      {"ab\xFF" "cd", "ab", 2},
-      {"\xC3\xA9x\xC3", "\xC3\xA9x", 2},
-      {"\x80", "", 0},
-      {"a\xE2\x82", "a", 1},
-  };
-  for (const Case& c : cases) {
-    KyString s(c.text);
-    EXPECT_STREQ(s.getValue(), c.kept) << c.text;
-    EXPECT_EQ(s.getLength(), c.length) << c.text;
-    EXPECT_EQ(s.getSize(), std::strlen(c.kept) + 1) << c.text;
+  const std::tuple<const char*, const char*, unsigned int> cases[] = {
+      {"\xC3\xA9t\xC3\xA9", "\xC3\xA9t\xC3\xA9", 3}, {"\xE2\x82\xAC", "\xE2\x82\xAC", 1}, {"ab\xFF" "cd", "ab", 2},
+      {"\xC3\xA9x\xC3", "\xC3\xA9x", 2},          {"\x80", "", 0},                   {"a\xE2\x82", "a", 1}};
+  for (const auto& [text, kept, length] : cases) {
+    KyString s(text);
+    EXPECT_STREQ(s.getValue(), kept) << text;
+    EXPECT_EQ(s.getLength(), length) << text;
+    EXPECT_EQ(s.getSize(), std::strlen(kept) + 1) << text;
   }
 }
 
