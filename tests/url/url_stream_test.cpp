@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "support/net_guard.h"
+#include "support/sanitizer.h"
 
 namespace {
 
@@ -101,6 +102,33 @@ TEST(UrlStreamTest, GigabyteBombReadOnceInSmallBlocks) {
   EXPECT_EQ(total, 1UL << 30);
   rusage usage;
   EXPECT_TRUE(getrusage(RUSAGE_SELF, &usage) == 0 && usage.ru_maxrss < 600 * 1024);  // nothing kept
+}
+
+// Kept data that the heap cannot hold any more: the stream goes on in place, losing
+// nothing, and says so by its hint; a seek that would need more kept data fails.
+void ReadBombInSmallAddressSpace() {
+  std::ifstream statm("/proc/self/statm");
+  rlim_t pages = 0;
+  statm >> pages;
+  rlimit limit{pages * getpagesize() + (256 << 20), RLIM_INFINITY};
+  setrlimit(RLIMIT_AS, &limit);
+  const std::string bomb = kDir + "/data/bomb.gz";
+  const bool seekFails = KyIUrlStream(bomb.c_str()).seekg(1L << 30).fail();
+  KyIUrlStream stream(bomb.c_str());
+  std::vector<char> block(1 << 20);
+  unsigned long total = 0;
+  while (stream.read(block.data(), block.size()) || stream.gcount() > 0) total += stream.gcount();
+  const bool readOnce = stream.getHints() == KyIUrlStream::kReadOnce;
+  stream.clear();
+  std::exit(seekFails && readOnce && total == 1UL << 30 && stream.seekg(0).fail() ? 0 : 1);
+}
+
+TEST(UrlStreamTest, KeptDataBeyondTheHeapGoesOnInPlace) {
+#ifdef KY_TEST_ASAN
+  GTEST_SKIP() << "AddressSanitizer cannot run under a limited address space";
+#endif
+  MakeData();
+  EXPECT_EXIT(ReadBombInSmallAddressSpace(), testing::ExitedWithCode(0), "");
 }
 
 // A caller's stream that records the sizes asked of it.
