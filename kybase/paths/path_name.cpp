@@ -311,7 +311,7 @@ KyString KyPathName::getUnixValue() const {
 }
 
 KyString KyPathName::getDosValue() const {
-  Piece pieces[6];
+  Piece pieces[7];  // device, ":", "\\", directory, file name, ".", extension
   int count = 0;
   KyString directory;
   if (!_device.isEmpty()) {
@@ -569,7 +569,8 @@ void KyPathName::addUnixDirectory(const KyString& value, int end, int start) {
   // On an empty directory this starts with "./", which normalising removes.
   const KyString base = getUnixDirectory(true);
   const char* text;
-  std::string joined(text, static_cast<std::size_t>(KyPathBytes(base, text)));
+  const int size = KyPathBytes(base, text);
+  std::string joined(text, static_cast<std::size_t>(size));
   joined.append(span.text + span.begin, static_cast<std::size_t>(span.end - span.begin));
   setDirBytes(joined.data(), 0, static_cast<int>(joined.size()));
 }
