@@ -4,6 +4,7 @@
 #ifndef KYBASE_CALENDAR_DATE_STATUS_H
 #define KYBASE_CALENDAR_DATE_STATUS_H
 
+/// The 19 calendar fields, by their indices in a calendar.
 enum KyDateFields : int {
   kEra = 0,
   kYear = 1,
@@ -26,6 +27,7 @@ enum KyDateFields : int {
   kLocalDayOfWeek = 18,
 };
 
+/// The status of a calendar operation; above 0 is a failure.
 enum KyDateErrorCode : int {
   kNoError = 0,
   kIllegalArgument = 1,
@@ -33,6 +35,7 @@ enum KyDateErrorCode : int {
   kMemoryAllocationError = 7,
 };
 
+/// True for a status that reports a failure.
 inline bool KyDateFailed(KyDateErrorCode status) { return status > kNoError; }
 
 #endif  // KYBASE_CALENDAR_DATE_STATUS_H

@@ -13,42 +13,73 @@
 
 #include "kybase/calendar/calendar.h"
 
+/// The Julian and Gregorian calendar with a cutover; see the family page.
 class KY_EXPORT KyGregorianCalendar : public KyCalendar {
  public:
+  /// The earliest time the calendar computes: -(2^52 - 1) ms.
   static const double EARLIEST_SUPPORTED_MILLIS;
+  /// The latest time the calendar computes: 2^52 - 1 ms.
   static const double LATEST_SUPPORTED_MILLIS;
+  /// The default cutover, 15 October 1582 00:00 UTC, in milliseconds.
   static const double kPapalCutover;
+  /// The Julian day number of 1 January of year 1.
   static const long kJan1_1JulianDay;
+  /// The Julian day number of 1 January 1970.
   static const long kEpochStartAsJulianDay;
+  /// 1970.
   static const long kEpochYear;
+  /// A second in milliseconds.
   static const long kOneSecond;
+  /// A minute in milliseconds.
   static const long kOneMinute;
+  /// An hour in milliseconds.
   static const long kOneHour;
+  /// A day in milliseconds.
   static const double kOneDay;
+  /// A week in milliseconds.
   static const double kOneWeek;
+  /// A Julian day at which the cutover test is skipped, kept as the computation has it.
   static const double kJulianDayGuard;
+  /// Days of a common year before each month.
   static const long kNumDays[12];
+  /// Days of a leap year before each month.
   static const long kLeapNumDays[12];
+  /// The month lengths of a common year.
   static const long kMonthLength[12];
+  /// The month lengths of a leap year.
   static const long kLeapMonthLength[12];
+  /// getMinimum() of each field.
   static const long kMinValues[kFieldCount];
+  /// getLeastMaximum() of each field.
   static const long kLeastMaxValues[kFieldCount];
+  /// getMaximum() of each field.
   static const long kMaxValues[kFieldCount];
 
-  // All set the present moment (whole seconds), except the three field forms, which
-  // read no clock and leave the time pending.
+  /// All set the present moment (whole seconds), except the three field forms, which
+  /// read no clock and leave the time pending.
   explicit KyGregorianCalendar(KyDateErrorCode& status);
+  /// In the shared default zone, with the locale's week settings.
   KyGregorianCalendar(const KyLocale& locale, KyDateErrorCode& status);
+  /// In a clone of `zone`, with the default locale's week settings.
   KyGregorianCalendar(const KyTimeZone& zone, KyDateErrorCode& status);
+  /// In a clone of `zone`, with the locale's week settings.
   KyGregorianCalendar(const KyTimeZone& zone, const KyLocale& locale, KyDateErrorCode& status);
+  /// In a clone of `zone`, with the default locale's week settings.
   KyGregorianCalendar(KyTimeZone* zone, KyDateErrorCode& status);
+  /// In a clone of `zone`, with the locale's week settings.
   KyGregorianCalendar(KyTimeZone* zone, const KyLocale& locale, KyDateErrorCode& status);
+  /// At the date given (month from 0), midnight, in the default zone.
   KyGregorianCalendar(long year, long month, long day, KyDateErrorCode& status);
+  /// At the date, hour of the day and minute given, in the default zone.
   KyGregorianCalendar(long year, long month, long day, long hour, long minute, KyDateErrorCode& status);
+  /// At the date, hour of the day, minute and second given, in the default zone.
   KyGregorianCalendar(long year, long month, long day, long hour, long minute, long second,
                       KyDateErrorCode& status);
+  /// The lopsided copy of KyCalendar, then the cutover.
   KyGregorianCalendar(const KyGregorianCalendar& source);
+  /// The lopsided assignment of KyCalendar, then the cutover.
   KyGregorianCalendar& operator=(const KyGregorianCalendar& source);
+  /// As KyCalendar's.
   ~KyGregorianCalendar() override;
 
   KyCalendar* clone() const override;
@@ -63,14 +94,17 @@ class KY_EXPORT KyGregorianCalendar : public KyCalendar {
   long getGreatestMinimum(KyDateFields field) const override;
   long getLeastMaximum(KyDateFields field) const override;
 
+  /// The cutover in milliseconds.
   double getGregorianChange() const { return _gregorianCutover; }
-  // Refuses NaN, infinities and dates outside the supported range (kIllegalArgument).
+  /// Refuses NaN, infinities and dates outside the supported range (kIllegalArgument).
   void setGregorianChange(double date, KyDateErrorCode& status);
+  /// True for a leap year under the rule in force for that year.
   bool isLeapYear(long year) const;
 
-  // Without a status; they hide the status-taking forms of KyCalendar. The maximum of
-  // kYear and kYearOfWeek is 0 (the search's finding is dropped).
+  /// Without a status; they hide the status-taking forms of KyCalendar. The maximum of
+  /// kYear and kYearOfWeek is 0 (the search's finding is dropped).
   long getActualMaximum(KyDateFields field) const;
+  /// The smallest value `field` takes around the date held.
   long getActualMinimum(KyDateFields field) const;
   using KyCalendar::getActualMaximum;
   using KyCalendar::getActualMinimum;

@@ -22,19 +22,30 @@
 
 class KyCalendar;
 
+/// One step of a time scale; see the family page.
 class KY_EXPORT KyTimeUnit {
  public:
+  /// A unit; units hold no state.
   KyTimeUnit() = default;
+  /// A unit; there is no state to copy.
   KyTimeUnit(const KyTimeUnit&) = default;
+  /// There is no state to assign.
   KyTimeUnit& operator=(const KyTimeUnit&) = default;
+  /// Nothing to free.
   virtual ~KyTimeUnit();
+  /// Moves the calendar back to the start of the step it stands in.
   virtual void snapToPreviousTimeUnit(KyCalendar& calendar) const = 0;
+  /// Moves the calendar one step on.
   virtual void addTimeUnit(KyCalendar& calendar) const = 0;
+  /// The average length of a step in milliseconds.
   virtual double getMillis() const = 0;
+  /// A label of `time` at this unit's grain, for the caller to delete[].
   virtual char* toString(double time) const = 0;
+  /// A new unit of the same kind for the caller to delete; null when memory runs out.
   virtual KyTimeUnit* copy() const = 0;
 };
 
+/// Declares one concrete unit: the five operations of KyTimeUnit.
 #define KY_DECLARE_TIME_UNIT(Name)                                \
   class KY_EXPORT Name : public KyTimeUnit {                      \
    public:                                                        \
@@ -45,25 +56,39 @@ class KY_EXPORT KyTimeUnit {
     KyTimeUnit* copy() const override;                            \
   }
 
+/// The unit of one millisecond.
 KY_DECLARE_TIME_UNIT(KyTimeUnitMilliSecond);
+/// The unit of one second.
 KY_DECLARE_TIME_UNIT(KyTimeUnitSecond);
+/// The unit of one minute.
 KY_DECLARE_TIME_UNIT(KyTimeUnitMinute);
+/// The unit of one hour.
 KY_DECLARE_TIME_UNIT(KyTimeUnitHour);
+/// The unit of one day.
 KY_DECLARE_TIME_UNIT(KyTimeUnitDay);
+/// The unit of one week.
 KY_DECLARE_TIME_UNIT(KyTimeUnitWeek);
+/// The unit of one month.
 KY_DECLARE_TIME_UNIT(KyTimeUnitMonth);
+/// The unit of one quarter.
 KY_DECLARE_TIME_UNIT(KyTimeUnitQuarter);
+/// The unit of one year.
 KY_DECLARE_TIME_UNIT(KyTimeUnitYear);
 
 #undef KY_DECLARE_TIME_UNIT
 
+/// The nine units, finest first, with a cursor; see the family page.
 class KY_EXPORT KyPredefinedUnits {
  public:
+  /// The units, the cursor on the first.
   KyPredefinedUnits();
+  /// The unit `i` (0 the millisecond, 8 the year); null beyond 8.
   KyTimeUnit* operator[](unsigned long i) const;
-  // The units in order; the tenth call gives null, every later one the year.
+  /// The units in order; the tenth call gives null, every later one the year.
   KyTimeUnit* getNextUnit();
+  /// Puts the cursor back on the first unit.
   void reset() { _index = 0; }
+  /// 9.
   static unsigned int nbUnits() { return _nbUnits; }
 
  private:

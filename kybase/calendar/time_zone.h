@@ -16,46 +16,60 @@
 #include "kybase/calendar/date_status.h"
 #include "kybase/core/export.h"
 
+/// A raw offset and a daylight rule; see the family page.
 class KY_EXPORT KyTimeZone {
  public:
+  /// How a rule names its day: a day of the month, the nth weekday, or the weekday on or
+  /// after, or on or before, a day.
   enum EMode : int {
     kDayOfMonthMode = 1,
     kDayOfWeekInMonthMode = 2,
     kDayOfWeekOnOrAfterMode = 3,
     kDayOfWeekOnOrBeforeMode = 4,
   };
+  /// What a rule's time of day is measured in.
   enum ETimeMode : int {
     kWallTime = 0,
     kStandardTime = 1,
     kUtcTime = 2,
   };
 
+  /// A zone of offset 0 and no rule.
   KyTimeZone() = default;
+  /// A copy of offset and rule.
   KyTimeZone(const KyTimeZone&) = default;
+  /// Copies offset and rule.
   KyTimeZone& operator=(const KyTimeZone&) = default;
+  /// Copies offset and rule.
   KyTimeZone& operator=(KyTimeZone&&) = default;
 
+  /// True, whatever the zones hold.
   bool operator==(const KyTimeZone&) const { return true; }
-  // A new default zone for the caller to delete; null when memory runs out.
+  /// A new default zone for the caller to delete; null when memory runs out.
   KyTimeZone* clone() const;
-  // The one shared default zone; never freed, never to be deleted by a caller.
+  /// The one shared default zone; never freed, never to be deleted by a caller.
   static KyTimeZone* createDefault();
 
+  /// The offset from UTC in milliseconds, without daylight time.
   long getRawOffset() const { return _rawOffset; }
+  /// True, whatever the zone holds (see hasDaylightRule()).
   bool useDaylightTime() const { return true; }
-  // True once a rule was put in force with setUseDaylight (useDaylightTime() answers
-  // true for every zone and so cannot tell).
+  /// True once a rule was put in force with setUseDaylight (useDaylightTime() answers
+  /// true for every zone and so cannot tell).
   bool hasDaylightRule() const { return _useDaylight; }
-  // True when a wall-clock time of day lies at least the savings and two hours away
-  // from both rule times, so that it exists exactly once on every date.
+  /// True when a wall-clock time of day lies at least the savings and two hours away
+  /// from both rule times, so that it exists exactly once on every date.
   bool isClearOfTransitions(long wallMillisInDay) const;
 
+  /// The offset in milliseconds at a local date and time of day; -1 with kIllegalArgument
+  /// for a month outside 0..11 or another bad argument.
   long getOffset(unsigned char era, long year, long month, long day, unsigned char dayOfWeek, long millis,
                  long monthLength, KyDateErrorCode& status) const;
+  /// getOffset() with the previous month's length given.
   long getOffset(unsigned char era, long year, long month, long day, unsigned char dayOfWeek, long millis,
                  long monthLength, long prevMonthLength, KyDateErrorCode& status) const;
-  // -1, 0 or 1 as the moment lies before, at or after the rule's moment in its month.
-  // Whole days of millis + millisDelta move the date first, as a day-by-day walk would.
+  /// -1, 0 or 1 as the moment lies before, at or after the rule's moment in its month.
+  /// Whole days of millis + millisDelta move the date first, as a day-by-day walk would.
   long compareToRule(char month, char monthLength, char prevMonthLength, char dayOfMonth, char dayOfWeek, long millis,
                      long millisDelta, EMode ruleMode, char ruleMonth, char ruleDayOfWeek, char ruleDay,
                      long ruleMillis) const;
@@ -63,13 +77,20 @@ class KY_EXPORT KyTimeZone {
   // Rule setters. Offsets lie within a day (savings 0 to a day), months 0..11, days of
   // the week 1..7, times within a day, days -5..31 (negative and 0 count from the end
   // in kDayOfWeekInMonthMode).
+  /// Sets the raw offset (within a day).
   bool setRawOffset(long offset);
+  /// Sets the daylight saving (0 to a day); an hour at first.
   bool setDSTSavings(long savings);
+  /// Sets the first year the rule applies.
   bool setStartYear(long year);
+  /// Sets when daylight time starts.
   bool setStartRule(int month, int day, int dayOfWeek, long time, EMode mode, ETimeMode timeMode);
+  /// Sets when daylight time ends.
   bool setEndRule(int month, int day, int dayOfWeek, long time, EMode mode, ETimeMode timeMode);
+  /// Puts the rule in force, or out of it.
   bool setUseDaylight(bool useDaylight);
 
+  /// The month lengths of a common year.
   static const signed char staticMonthLength[12];
 
  private:

@@ -22,16 +22,28 @@
 
 class KyPathItem;
 
+/// A search path of three sublists; see the family page.
 class KY_EXPORT KyPathList {
  public:
+  /// The separator of the text form.
   static constexpr char kSeparator = ':';
 
+  /// An empty search path.
   KyPathList();
+  /// A search path whose list holds the entries of `text`, split on kSeparator.
   explicit KyPathList(const KyString& text);
+  /// Lets go of the three sublists; shared items live on in the other lists.
   ~KyPathList();
+  /// Sublists are shared by the set and add operations, not by copying.
   KyPathList(const KyPathList&) = delete;
+  /// Sublists are shared by the set and add operations, not by assignment.
   KyPathList& operator=(const KyPathList&) = delete;
 
+  /// \name Replacing a sublist
+  /** @{ */
+  /// Replaces the sublist the name gives (list, previous list, post list) by: the same
+  /// sublist of another list, shared; one path; or the entries of a text split on
+  /// kSeparator.
   void setList(const KyPathList& other);
   void setList(const KyPathName& path);
   void setList(const KyString& text);
@@ -42,6 +54,11 @@ class KY_EXPORT KyPathList {
   void setPostList(const KyPathName& path);
   void setPostList(const KyString& text);
 
+  /** @} */
+  /// \name Appending to a sublist
+  /** @{ */
+  /// Appends to the sublist the name gives: the same sublist of another list, shared;
+  /// one path; or the entries of a text split on kSeparator.
   void addInList(const KyPathList& other);
   void addInList(const KyPathName& path);
   void addInList(const KyString& text);
@@ -52,6 +69,11 @@ class KY_EXPORT KyPathList {
   void addInPostList(const KyPathName& path);
   void addInPostList(const KyString& text);
 
+  /** @} */
+  /// \name Inserting at the front of a sublist
+  /** @{ */
+  /// Puts in front of the sublist the name gives: a copy of the same sublist of another
+  /// list; one path; or the entries of a text split on kSeparator.
   void insertInList(const KyPathList& other);
   void insertInList(const KyPathName& path);
   void insertInList(const KyString& text);
@@ -62,7 +84,10 @@ class KY_EXPORT KyPathList {
   void insertInPostList(const KyPathName& path);
   void insertInPostList(const KyString& text);
 
-  // The first item equal to the argument; the text is one path, not split.
+  /** @} */
+  /// \name Removing from a sublist
+  /** @{ */
+  /// The first item equal to the argument; the text is one path, not split.
   void removeFromList(const KyPathName& path);
   void removeFromList(const KyString& text);
   void removeFromPrevList(const KyPathName& path);
@@ -70,15 +95,20 @@ class KY_EXPORT KyPathList {
   void removeFromPostList(const KyPathName& path);
   void removeFromPostList(const KyString& text);
 
-  // The first directory, in search order, in which file merged onto it exists. With
-  // trace, each step is a line on standard output.
+  /** @} */
+  /// The first directory, in search order, in which file merged onto it exists. With
+  /// trace, each step is a line on standard output.
   bool findInPath(const KyPathName& file, KyPathName& found, bool trace) const;
-  // Keeps the first of equal entries in search order.
+  /// Keeps the first of equal entries in search order.
   void unique();
 
+  /// The text form of all three sublists, in search order, joined with kSeparator.
   KyString getString() const;
+  /// The text form of the list.
   KyString getListString() const;
+  /// The text form of the previous list.
   KyString getPrevListString() const;
+  /// The text form of the post list.
   KyString getPostListString() const;
 
  private:
@@ -92,16 +122,23 @@ class KY_EXPORT KyPathList {
   KyPathItem* postList = nullptr;
 };
 
+/// Walks the previous list, the list and the post list of a KyPathList as one sequence.
 class KY_EXPORT KyPathListIterator {
  public:
+  /// An iterator over nothing, done from the start.
   KyPathListIterator() = default;
+  /// Stands on the first entry of `list` in search order.
   explicit KyPathListIterator(const KyPathList& list);
+  /// A copy standing on the same entry.
   KyPathListIterator(const KyPathListIterator&) = default;
+  /// Stands on the other's entry.
   KyPathListIterator& operator=(const KyPathListIterator&) = default;
 
+  /// 1 when the walk is done, else 0.
   int operator!() const { return item == nullptr ? 1 : 0; }
-  // The current entry; only while not done.
+  /// The current entry; only while not done.
   operator const KyPathName&() const;  // NOLINT
+  /// Moves to the next entry, into the next sublist when one ends.
   KyPathListIterator& operator++(int);
 
  private:
