@@ -1,14 +1,18 @@
 // Module descriptors: the object the loader keeps for each module, and the reading of
 // one descriptor file in either of its two forms.
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cmath>
 #include <climits>
 #include <cstring>
-#include <fstream>
 #include <iostream>
+#include <sstream>
 #include <string>
+#include <unordered_map>
 
 #include "kybase/core/global_context.h"
 #include "kybase/modules/modules_internal.h"
@@ -23,6 +27,13 @@ KyModule::Error KyModuleLoader::Status = KyModule::kNoError;
 bool KyModuleLoader::Started = false;
 
 namespace {
+
+// Names of the chain to their newest descriptor. Never destroyed, so a shut-down that
+// runs late in the process's exit still finds it.
+std::unordered_map<std::string, _KyModuleDescriptor*>& Names() {
+  static auto* names = new std::unordered_map<std::string, _KyModuleDescriptor*>;
+  return *names;
+}
 
 char* CopyName(const char* text) {
   if (text == nullptr || text[0] == '\0') return nullptr;
@@ -43,6 +54,29 @@ class DescriptorDocument : public KyXmlDocument {
  public:
   KyXmlPII* createPI() const override { return new Instruction; }
 };
+
+// Reads a whole file, when it is a regular one: a FIFO could block, a device might
+// never end. The check is made on the open file, so nothing can swap it in between.
+bool ReadRegularFile(const char* path, std::string& text) {
+  const int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return false;
+  struct stat info;
+  bool regular = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
+  // The size known from fstat spares the read that would only find the end.
+  if (regular) text.resize(static_cast<std::size_t>(info.st_size));
+  std::size_t done = 0;
+  while (regular && done < text.size()) {
+    const ssize_t got = ::read(fd, &text[done], text.size() - done);
+    if (got > 0)
+      done += static_cast<std::size_t>(got);
+    else if (got == 0)
+      text.resize(done);
+    else
+      regular = errno == EINTR;
+  }
+  ::close(fd);
+  return regular;
+}
 
 // The old form's first characters, matched one by one.
 constexpr char kOldFormMark[] = "// KYRL Panes";
@@ -96,6 +130,7 @@ _KyModuleDescriptor::_KyModuleDescriptor(const char* moduleName, int moduleVersi
       document(moduleDocument),
       next(KyModuleLoader::Chain) {
   KyModuleLoader::Chain = this;
+  if (name != nullptr) Names()[name] = this;
   KyGlobalContext::SetModuleShutdownHook(KyModuleLoader::releaseDescriptors);
 }
 
@@ -104,6 +139,44 @@ _KyModuleDescriptor::~_KyModuleDescriptor() {
   delete document;
   if (handle != nullptr) dlclose(handle);
   handle = nullptr;
+}
+
+_KyModuleDescriptor* KyModuleLoader::Newest(const char* name) {
+  if (name == nullptr) return nullptr;
+  auto found = Names().find(name);
+  return found != Names().end() ? found->second : nullptr;
+}
+
+void KyModuleLoader::Retire(_KyModuleDescriptor* descriptor) {
+  for (_KyModuleDescriptor** link = &Chain; *link != nullptr; link = &(*link)->next) {
+    if (*link != descriptor) continue;
+    *link = descriptor->next;
+    descriptor->next = Retired;
+    Retired = descriptor;
+    break;
+  }
+  if (descriptor->name == nullptr || Newest(descriptor->name) != descriptor) return;
+  Names().erase(descriptor->name);
+  for (_KyModuleDescriptor* older = Chain; older != nullptr; older = older->next)
+    if (older->name != nullptr && std::strcmp(older->name, descriptor->name) == 0) {
+      Names()[older->name] = older;
+      break;
+    }
+}
+
+void KyModuleLoader::releaseDescriptors() {
+  Names().clear();
+  for (_KyModuleDescriptor** list : {&Chain, &Retired}) {
+    while (_KyModuleDescriptor* descriptor = *list) {
+      *list = descriptor->next;
+      delete descriptor;
+    }
+  }
+}
+
+void KyModuleLoader::Say(const std::string& text) {
+  std::cerr.write(text.data(), static_cast<std::streamsize>(text.size()));
+  std::cerr.flush();
 }
 
 double KyModuleLoader::versionCode(const char* text) {
@@ -117,29 +190,29 @@ double KyModuleLoader::versionCode(const char* text) {
 
 void KyModuleLoader::scanDescriptor(const KyPathName& file, const KyPathName& library) {
   const KyString path = file.getString(KyPathName::kSystemPathType);
-  if ((TraceMask & 1) != 0)
-    std::cerr << "KyModuleLoader: Scanning " << path << " - lib=" << library.getString(KyPathName::kSystemPathType) << std::endl;
+  if ((TraceMask & 1) != 0) {
+    std::ostringstream line;
+    line << "KyModuleLoader: Scanning " << path << " - lib=" << library.getString(KyPathName::kSystemPathType) << '\n';
+    Say(line.str());
+  }
 
-  // A FIFO, device or directory is passed over unread: reading one could block or
-  // never end.
-  struct stat info;
-  if (::stat(path, &info) != 0 || !S_ISREG(info.st_mode)) return;
-  std::ifstream in(static_cast<const char*>(path), std::ios::binary);
-  if (!in) return;
+  std::string text;
+  if (!ReadRegularFile(path, text)) return;
+  std::istringstream in(text);
 
-  KyPathName stem(file);
-  stem.setExtension(KyString(), -1, 0);
-  const KyString moduleName = stem.getFileName();
+  // The module is named by the file, without its extension.
+  const KyString moduleName = file.getFileName();
 
   int matched = 0;
   while (kOldFormMark[matched] != '\0' && in.get() == kOldFormMark[matched]) ++matched;
   if (kOldFormMark[matched] == '\0') {
     KyXmlDocument* document = ReadOldForm(in, moduleName);
     if (document == nullptr) return;
-    std::cerr << "KyModule warning: module descriptor '" << path
-              << "' has an old format.\nHere is the new preferred format:" << std::endl;
-    document->write(std::cerr);
-    std::cerr.flush();
+    std::ostringstream warning;
+    warning << "KyModule warning: module descriptor '" << path
+            << "' has an old format.\nHere is the new preferred format:\n";
+    document->write(warning);
+    Say(warning.str());
     new _KyModuleDescriptor(moduleName, KyModule::kLibraryVersion, library, document);
     return;
   }
@@ -150,15 +223,17 @@ void KyModuleLoader::scanDescriptor(const KyPathName& file, const KyPathName& li
   document->read(in);
   KyXmlElement* root = document->getRootElement();
   if (root == nullptr || root->getTag() == nullptr || std::strcmp(root->getTag(), "module") != 0) {
-    std::cerr << "KyModuleLoader error: File '" << path << " is not a valid Module Descriptor" << std::endl;
+    Say("KyModuleLoader error: File '" + std::string(path) + " is not a valid Module Descriptor\n");
     delete document;
     return;
   }
   const char* versionText = root->getAttributeValue("version");
   const double code = versionCode(versionText);
   if (std::isnan(code) || code > KyModule::kLibraryVersion) {
-    std::cerr << "KyModule: Invalid version (\"" << (versionText != nullptr ? versionText : "")
-              << "\") in module descriptor '" << path << "'. Expecting \"" << 6 << "." << 2 << "\"" << std::endl;
+    std::ostringstream line;
+    line << "KyModule: Invalid version (\"" << (versionText != nullptr ? versionText : "")
+         << "\") in module descriptor '" << path << "'. Expecting \"" << 6 << "." << 2 << "\"\n";
+    Say(line.str());
     delete document;
     return;
   }

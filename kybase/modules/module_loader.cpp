@@ -1,11 +1,9 @@
 // The module loader: the scan of the module path, loading with what a module requires,
 // the traces of KY_TRACEMODULES, and the release of every descriptor at shut-down.
 #include <dlfcn.h>
-#include <sys/stat.h>
 
 #include <cstdlib>
 #include <cstring>
-#include <iostream>
 #include <string>
 #include <strings.h>
 
@@ -20,6 +18,7 @@ namespace {
 
 // Made when the library is loaded, before any client code runs.
 const KyString LibraryExtension("so");
+const KyString DescriptorExtension("kmd");
 
 // How many loads are nested through requires.
 int LoadDepth = 0;
@@ -45,6 +44,9 @@ const char* StatusText(KyModule::Error error) {
   }
   return "Unknown";
 }
+
+// A path as the system writes it, for messages.
+std::string Text(const KyPathName& path) { return path.getString(KyPathName::kSystemPathType).getValue(); }
 
 // Traces print a missing name as empty text.
 const char* Printable(const char* text) { return text != nullptr ? text : ""; }
@@ -72,16 +74,11 @@ KyString LibraryFileName(const KyString& name) {
   return KyString((text + "." + extension).c_str());
 }
 
-// Only regular files are read: opening a FIFO would block, a device might never end.
-bool IsRegularFile(const KyPathName& path) {
-  struct stat info;
-  return ::stat(path.getString(KyPathName::kSystemPathType), &info) == 0 && S_ISREG(info.st_mode);
-}
 
 // The text dlopen gets: a path without "/" would make dlopen search the system's
 // library path, so the file found here is named relative to the current directory.
 std::string LibraryText(const KyPathName& library) {
-  std::string text = static_cast<const char*>(library.getString(KyPathName::kSystemPathType));
+  std::string text = Text(library);
   if (text.find('/') == std::string::npos) text = "./" + text;
   return text;
 }
@@ -94,25 +91,14 @@ KyModule::~KyModule() {
   // The module's own destructor may be running in the library: the descriptor leaves
   // the chain now, and its library closes at shut-down.
   own->module = nullptr;
-  for (_KyModuleDescriptor** link = &KyModuleLoader::Chain; *link != nullptr; link = &(*link)->next) {
-    if (*link != own) continue;
-    *link = own->next;
-    own->next = KyModuleLoader::Retired;
-    KyModuleLoader::Retired = own;
-    break;
-  }
+  KyModuleLoader::Retire(own);
 }
 
 KyModule::Error KyModule::GetError() { return KyModuleLoader::Status; }
 
 void KyModule::SetError(Error error) { KyModuleLoader::Status = error; }
 
-KyModuleDescriptor* KyModule::Find(const char* name) {
-  if (name == nullptr) return nullptr;
-  for (_KyModuleDescriptor* d = KyModuleLoader::Chain; d != nullptr; d = d->next)
-    if (d->name != nullptr && std::strcmp(d->name, name) == 0) return d;
-  return nullptr;
-}
+KyModuleDescriptor* KyModule::Find(const char* name) { return KyModuleLoader::Newest(name); }
 
 KyModule* KyModule::IsLoaded(const char* name) {
   KyModuleDescriptor* descriptor = Find(name);
@@ -138,21 +124,24 @@ void KyModule::ReScan() {
   for (KyPathListIterator entry(KyGlobalContext::GetInstance().getModulePath()); !entry == 0; entry++) {
     KyPathName directory(static_cast<const KyPathName&>(entry));
     if (!directory.openDir()) continue;
+    // The work path takes each entry's name; the library path shares its folder and
+    // takes the same stem with the library extension.
     KyPathName work(directory);
-    work.setExtension(KyString("kmd"), -1, 0);
+    work.setExtension(DescriptorExtension, -1, 0);
+    KyPathName library(directory);
+    library.setExtension(LibraryExtension, -1, 0);
     KyPathName item;
     while (directory.readDir(item)) {
       work.setBaseName(item.getBaseName(), -1, 0);
-      if (work.getExtension().compare(KyString("kmd")) != 0 || work.getFileName().getLength() == 0 ||
-          !IsRegularFile(work) || !work.isReadable())
+      const KyString moduleName = work.getFileName();
+      if (work.getExtension().compare(DescriptorExtension) != 0 || moduleName.getLength() == 0 || !work.isReadable())
         continue;
-      if (Find(work.getFileName()) != nullptr) continue;
-      KyPathName library(work);
-      library.setExtension(LibraryExtension, -1, 0);
+      if (Find(moduleName) != nullptr) continue;
+      library.setFileName(moduleName, -1, 0);
       if (library.isReadable())
         KyModuleLoader::scanDescriptor(work, library);
       else if (Tracing(1))
-        std::cerr << "KyModule: Cannot find library : " << library.getString(KyPathName::kSystemPathType) << std::endl;
+        KyModuleLoader::Say("KyModule: Cannot find library : " + Text(library) + "\n");
     }
     directory.closeDir();
   }
@@ -164,7 +153,7 @@ KyModule* KyModule::Load(const char* name, void* userArg) {
   KyPathName path(name);
   const KyString moduleName = path.getFileName();
   KyPathName result;
-  if (Tracing(2)) std::cerr << "KyModule::Load(" << name << ") -> name=" << moduleName << std::endl;
+  if (Tracing(2)) KyModuleLoader::Say("KyModule::Load(" + std::string(name) + ") -> name=" + moduleName.getValue() + "\n");
 
   if (KyModuleDescriptor* known = Find(moduleName)) {
     if (known->getModule() != nullptr) return known->getModule();
@@ -191,7 +180,7 @@ KyModule* KyModule::Load(KyModuleDescriptor* descriptor, void* userArg) {
 
 KyModule* _KyModuleDescriptor::load(void* userArg) {
   if (Tracing(4)) {
-    std::cerr << "KyModuleLoader: Loading Disabled" << std::endl;
+    KyModuleLoader::Say("KyModuleLoader: Loading Disabled\n");
     KyModuleLoader::Status = KyModule::kModuleNotFound;
     return nullptr;
   }
@@ -203,8 +192,7 @@ KyModule* _KyModuleDescriptor::load(void* userArg) {
     return nullptr;
   }
   if (Tracing(2))
-    std::cerr << "KyModuleLoader: Loading " << Printable(name) << " - lib=" << library.getString(KyPathName::kSystemPathType)
-              << std::endl;
+    KyModuleLoader::Say("KyModuleLoader: Loading " + std::string(Printable(name)) + " - lib=" + Text(library) + "\n");
 
   loading = true;
   ++LoadDepth;
@@ -221,13 +209,13 @@ KyModule* _KyModuleDescriptor::loadRequiredAndLibrary(void* userArg) {
          required = root->getElement("requires", required)) {
       const char* requiredName = required->getAttributeValue("module");
       if (requiredName == nullptr) {
-        std::cerr << "KyModule error: 'requires' tag needs a 'module' attribute." << std::endl;
+        KyModuleLoader::Say("KyModule error: 'requires' tag needs a 'module' attribute.\n");
         return nullptr;
       }
-      if (Tracing(2)) std::cerr << "    requires module: " << requiredName << std::endl;
+      if (Tracing(2)) KyModuleLoader::Say("    requires module: " + std::string(requiredName) + "\n");
       if (KyModule::Load(requiredName, nullptr) == nullptr) {
-        std::cerr << "KyModule error: Module '" << Printable(name) << "' requires unloadable module '" << requiredName
-                  << "'" << std::endl;
+        KyModuleLoader::Say("KyModule error: Module '" + std::string(Printable(name)) + "' requires unloadable module '" +
+                            requiredName + "'\n");
         KyModuleLoader::Status = KyModule::kDependencyNotResolved;
         return nullptr;
       }
@@ -236,15 +224,14 @@ KyModule* _KyModuleDescriptor::loadRequiredAndLibrary(void* userArg) {
 
   static const char* const entryName = "KyInit" "Module";
   if (Tracing(2))
-    std::cerr << "_KyModuleDesc::load lib=" << library.getString(KyPathName::kSystemPathType) << ", entryPoint=" << entryName
-              << std::endl;
+    KyModuleLoader::Say("_KyModuleDesc::load lib=" + Text(library) + ", entryPoint=" + entryName + "\n");
   const std::string text = LibraryText(library);
   void* newHandle = dlopen(text.c_str(), RTLD_NOW | RTLD_LOCAL);
   KyModule* made = nullptr;
   KyModule::Error error = KyModule::kNoError;
   if (newHandle == nullptr) {
     const char* reason = dlerror();
-    std::cerr << "Module load failed (LoadLibrary): " << Printable(reason) << std::endl;
+    KyModuleLoader::Say("Module load failed (LoadLibrary): " + std::string(Printable(reason)) + "\n");
     error = KyModule::kModuleNotFound;
   } else if (void* entry = dlsym(newHandle, entryName)) {
     made = reinterpret_cast<KyModule* (*)(void*)>(entry)(userArg);
@@ -267,18 +254,9 @@ KyModule* _KyModuleDescriptor::loadRequiredAndLibrary(void* userArg) {
   }
   if (Tracing(2)) {
     if (made != nullptr)
-      std::cerr << "    => Success!" << std::endl;
+      KyModuleLoader::Say("    => Success!\n");
     else
-      std::cerr << "    => FAILURE. Error:" << StatusText(error) << std::endl;
+      KyModuleLoader::Say("    => FAILURE. Error:" + std::string(StatusText(error)) + "\n");
   }
   return made;
-}
-
-void KyModuleLoader::releaseDescriptors() {
-  for (_KyModuleDescriptor** list : {&Chain, &Retired}) {
-    while (_KyModuleDescriptor* descriptor = *list) {
-      *list = descriptor->next;
-      delete descriptor;
-    }
-  }
 }

@@ -3,6 +3,8 @@
 #ifndef KYBASE_MODULES_MODULES_INTERNAL_H
 #define KYBASE_MODULES_MODULES_INTERNAL_H
 
+#include <string>
+
 #include "kybase/core/export.h"
 #include "kybase/modules/module.h"
 #include "kybase/paths/path_name.h"
@@ -49,9 +51,17 @@ struct KY_EXPORT KyModuleLoader {
   static void scanDescriptor(const KyPathName& file, const KyPathName& library);
   // Destroys every descriptor, closing their libraries (the context's shut-down step).
   static void releaseDescriptors();
+  // Writes a message to standard error in one piece and flushes it.
+  static void Say(const std::string& text);
+
   // The version code of a version text: times 100 plus 0.5, cut toward zero, in double
   // (an absent text counts as 0).
   static double versionCode(const char* text);
+
+  // The newest descriptor of the chain with this name, or null: Find without a walk.
+  static _KyModuleDescriptor* Newest(const char* name);
+  // Takes a descriptor out of the chain (its module was deleted), keeping the index.
+  static void Retire(_KyModuleDescriptor* descriptor);
 
   static _KyModuleDescriptor* Chain;    // newest first
   static _KyModuleDescriptor* Retired;  // descriptors whose module was deleted

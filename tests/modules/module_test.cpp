@@ -79,6 +79,17 @@ TEST(ModuleDescriptor, BothFormsAndTheirLines) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), invalid + invalid);
   EXPECT_EQ(KyModule::Find("m"), nullptr);
 
+  // Deep documents read without recursion.
+  std::string deep = "<module version=\"6\">";
+  for (int i = 0; i < 100000; ++i) deep += "<a>";
+  for (int i = 0; i < 100000; ++i) deep += "</a>";
+  WriteFile(file, deep + "</module>");
+  KyXmlError::Reset();
+  KyModuleLoader::scanDescriptor(KyPathName(file.c_str()), KyPathName());
+  ASSERT_NE(KyModule::Find("m"), nullptr);
+  EXPECT_EQ(KyModule::Find("m")->getVersion(), 600);
+  KyModuleLoader::releaseDescriptors();
+
   // Files that are not regular are passed over unread, without blocking.
   ASSERT_EQ(mkfifo((folder + "/p.kmd").c_str(), 0600), 0);
   KyModuleLoader::scanDescriptor(KyPathName((folder + "/p.kmd").c_str()), KyPathName());
@@ -99,6 +110,8 @@ class ModuleLoader : public testing::Test {
     AddModule(first, "s", "s");
     AddModule(first, "e", "", "ky_test_noentry");
     AddModule(first, "u", "", "ky_test_unresolved");
+    AddModule(first, "r", "");
+    WriteFile(first + "/r.kmd", "<module><requires/></module>");
     AddModule(second, "a", "");
     AddModule(second, "f", "");
     WriteFile(second + "/f.so", "not a library");
@@ -144,6 +157,7 @@ TEST_F(ModuleLoader, LoadsWithRequirementsAndReportsEachFailure) {
        "KyModule error: Module 'y' requires unloadable module 'x'\n"
        "KyModule error: Module 'x' requires unloadable module 'y'\n"},
       {"s", KyModule::kDependencyNotResolved, "KyModule error: Module 's' requires unloadable module 's'\n"},
+      {"r", KyModule::kNoError, "KyModule error: 'requires' tag needs a 'module' attribute.\n"},
   };
   for (const Row& row : rows) {
     testing::internal::CaptureStderr();
@@ -164,7 +178,7 @@ TEST_F(ModuleLoader, LoadsWithRequirementsAndReportsEachFailure) {
 
   unsigned long count = 0;
   KyModuleDescriptor** descriptors = KyModule::GetDescriptors(count);
-  ASSERT_EQ(count, 10u);  // eight from the first folder, f from the second, then n
+  ASSERT_EQ(count, 11u);  // nine from the first folder, f from the second, then n
   EXPECT_STREQ(descriptors[0]->getName(), "n");
 
   // Deleting the module takes its descriptor out of the loader; shut-down frees it.
