@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <new>
 
 #include "kybase/calendar/gregorian_calendar.h"
 
@@ -316,12 +317,14 @@ long KyGregorianCalendar::skipSteps(double when, KyDateFields field, KyDateError
   // any other keeps its place through single steps and jumps alike.
   const long wallClock =
       ((_fields[kHourOfDay] * 60L + _fields[kMinute]) * 60 + _fields[kSecond]) * 1000 + _fields[kMillisecond];
-  const bool clear = _zone->isClearOfTransitions(wallClock);
+  // Steps of half a day visit the other half of the clock too.
+  const bool clear = _zone->isClearOfTransitions(wallClock) &&
+                     (field != kAmPm || _zone->isClearOfTransitions((wallClock + 43200000) % 86400000));
 
   bool keepWallClock;
   const double step = StepOf(field, &keepWallClock);
   if (step > 0) {
-    if (keepWallClock && !clear) return 0;
+    if (keepWallClock && !clear) return skipPeriods(when, field, status);
     double n = std::floor((when - ms) * direction / step) - 2;
     if (ms != std::floor(ms)) {
       // A fraction stays exact while the magnitude stays below the next power of two.
@@ -336,7 +339,8 @@ long KyGregorianCalendar::skipSteps(double when, KyDateFields field, KyDateError
   if (field != kMonth && field != kYear) return 0;
   // Months and years keep the day once it is 28 or less, and away from the cutover
   // every date maps to itself.
-  if (!clear || _fields[kDayOfMonth] > 28) return 0;
+  if (!clear) return skipPeriods(when, field, status);
+  if (_fields[kDayOfMonth] > 28) return 0;
   // The jump stays on the side of the cutover where the calendar stands; the steps
   // across it are taken one by one.
   const double before = std::min(_gregorianCutover, _normalizedGregorianCutover) - 2 * kOneDay;
@@ -352,4 +356,72 @@ long KyGregorianCalendar::skipSteps(double when, KyDateFields field, KyDateError
   if (n < 1) return 0;
   add(field, static_cast<long>(direction * n), status);
   return KyDateFailed(status) ? 0 : static_cast<long>(direction * n);
+}
+
+// Under a daylight rule a walk near a change may shift its wall clock, but the calendar
+// and the rule repeat: every 146097 days (400 years) under the Gregorian rule and every
+// 10227 days (28 years) under the Julian one, once the rule applies in every year. A
+// scratch calendar walks step by step for up to two periods; when a walk of c steps
+// lands exactly one period on, every later period takes c steps too, and whole periods
+// are jumped.
+long KyGregorianCalendar::skipPeriods(double when, KyDateFields field, KyDateErrorCode& status) {
+  const double ms = _time;
+  const double direction = when > ms ? 1.0 : -1.0;
+  const double cutoverHigh = std::max(_gregorianCutover, _normalizedGregorianCutover) + 40 * kOneDay;
+  const double cutoverLow = std::min(_gregorianCutover, _normalizedGregorianCutover) - 40 * kOneDay;
+  const bool gregorian = ms >= cutoverHigh;
+  if (!gregorian && ms >= cutoverLow) return 0;
+  const double period = (gregorian ? 146097.0 : 10227.0) * kOneDay;
+  bool leap;
+  const long fromYear = std::clamp(_zone->getStartYear(), 1L, 200000L) + 1;
+  const double low = std::max(gregorian ? cutoverHigh : EARLIEST_SUPPORTED_MILLIS,
+                              julianDayToMillis(computeJulianDayOfYear(gregorian, fromYear, leap) + 1) + 2 * kOneDay);
+  const double high = gregorian ? LATEST_SUPPORTED_MILLIS : cutoverLow;
+  const double end = direction > 0 ? std::min(when, high) : std::max(when, low);
+  if (ms < low || ms > high || (end - ms) * direction < 4 * period) return 0;
+
+  KyDateErrorCode scratchStatus = kNoError;
+  KyGregorianCalendar scratch(*_zone, static_cast<const KyLocale*>(nullptr), scratchStatus);
+  KyTimeZone* zone = new (std::nothrow) KyTimeZone(*_zone);  // the rule itself, not a default clone
+  if (zone == nullptr) return 0;
+  scratch.adoptTimeZone(zone);
+  scratch._firstDayOfWeek = _firstDayOfWeek;
+  scratch._minimalDaysInFirstWeek = _minimalDaysInFirstWeek;
+  scratch._lenient = _lenient;
+  scratch._gregorianCutover = _gregorianCutover;
+  scratch._normalizedGregorianCutover = _normalizedGregorianCutover;
+  scratch._gregorianCutoverYear = _gregorianCutoverYear;
+  scratch.setTime(ms, scratchStatus);
+
+  double start = ms;
+  long before = 0;  // steps from ms to start
+  // The scratch walk is the walk itself, so what it covered is kept even without a jump.
+  auto settle = [&]() -> long {
+    if (before == 0) return 0;
+    setTime(start, status);
+    return KyDateFailed(status) ? 0 : static_cast<long>(direction * before);
+  };
+  for (int round = 0; round < 2; ++round) {
+    const double target = start + direction * period;
+    double last = start;
+    long steps = 0;
+    for (;;) {
+      scratch.add(field, static_cast<long>(direction), scratchStatus);
+      const double next = scratch.getTime(scratchStatus);
+      if (KyDateFailed(scratchStatus) || (next - last) * direction <= 0) return settle();
+      if ((next - target) * direction > 0) break;
+      ++steps;
+      last = next;
+    }
+    if (last == target) {
+      const double cycles = std::floor((end - start) * direction / period) - 1;
+      if (cycles < 1) return settle();
+      setTime(start + direction * cycles * period, status);
+      return KyDateFailed(status) ? 0 : static_cast<long>(direction * (before + cycles * steps));
+    }
+    scratch.setTime(last, scratchStatus);
+    start = last;
+    before += steps;
+  }
+  return settle();
 }

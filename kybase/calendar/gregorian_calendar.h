@@ -136,6 +136,7 @@ class KY_EXPORT KyGregorianCalendar : public KyCalendar {
   bool validateFields() const;
   void addByMillis(KyDateFields field, long amount, KyDateErrorCode& status);
   void rollWeekOfYear(long amount, KyDateErrorCode& status);
+  long skipPeriods(double when, KyDateFields field, KyDateErrorCode& status);
 
   static double computeJulianDayOfYear(bool isGregorian, long year, bool& isLeap);
   static double julianDayToMillis(double julianDay);

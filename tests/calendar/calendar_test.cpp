@@ -333,6 +333,19 @@ TEST_F(Calendar, ZoneRules) {
   EXPECT_EQ(c->getTime(s) - before, 23 * 3600000.0);
   EXPECT_TRUE(c->inDaylightTime(s));
   EXPECT_EQ(c->fieldDifference(TimeOf(2024, 3, 30, 12), kDayOfMonth, s), 30);
+
+  // Long walks at 02:30, inside the spring gap, end where single steps end.
+  for (KyDateFields field : {kMonth, kDayOfMonth}) {
+    auto fast = At(1700, 2, 26, 2, 30), slow = At(1700, 2, 26, 2, 30);
+    fast->adoptTimeZone(RuleZone(false));
+    slow->adoptTimeZone(RuleZone(false));
+    const double when = TimeOf(3400, 5, 1);
+    double last = slow->getTime(s);
+    long count = 0;
+    for (; slow->add(field, 1, s), slow->getTime(s) <= when; ++count) last = slow->getTime(s);
+    EXPECT_EQ(fast->fieldDifference(when, field, s), count) << field;
+    EXPECT_EQ(fast->getTime(s), last) << field;
+  }
 }
 
 struct SundayLocale : KyLocale {
