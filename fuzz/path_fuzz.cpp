@@ -1,9 +1,9 @@
 // Drives KyPathName's parsers, printers and algebra with arbitrary text. Input layout:
 // one byte choosing the setter, two range bytes (end, start; 255 means -1), then two
 // texts separated by a zero byte: the path and a second path for merging and relative
-// paths. Checks: the directory is empty or ends with one "/" and holds no "//"; a
-// second round of printing and parsing changes nothing, in either form; nothing
-// reaches outside its text.
+// paths. Checks: the directory is empty or ends with one "/" and holds no "//";
+// printing and parsing settle after the first round (see CheckRoundTrips), in either
+// form; nothing reaches outside its text.
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -24,15 +24,23 @@ void CheckDirectory(const KyPathName& path) {
   Require(directory.find("//") == std::string::npos);
 }
 
+// The first round may change the text, and so may the next one when the first gave a
+// file named "." with no directory (it prints ".", which reads back as "./"); after
+// that, nothing changes.
 void CheckRoundTrips(const KyPathName& path) {
   KyPathName unix1(path.getUnixValue());
   KyPathName unix2(unix1.getUnixValue());
-  Require(Text(unix1.getUnixValue()) == Text(unix2.getUnixValue()));
+  KyPathName unix3(unix2.getUnixValue());
+  Require(Text(unix1.getUnixValue()) == Text(unix2.getUnixValue()) || Text(unix1.getUnixValue()) == ".");
+  Require(Text(unix2.getUnixValue()) == Text(unix3.getUnixValue()));
   KyPathName dos1;
   dos1.setDosValue(path.getDosValue());
   KyPathName dos2;
   dos2.setDosValue(dos1.getDosValue());
-  Require(Text(dos1.getDosValue()) == Text(dos2.getDosValue()));
+  KyPathName dos3;
+  dos3.setDosValue(dos2.getDosValue());
+  Require(Text(dos1.getDosValue()) == Text(dos2.getDosValue()) || Text(dos1.getFileName()) == ".");
+  Require(Text(dos2.getDosValue()) == Text(dos3.getDosValue()));
 }
 
 void Set(KyPathName& path, int which, const KyString& text, int end, int start) {
