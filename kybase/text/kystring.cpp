@@ -345,8 +345,8 @@ KyString& KyString::substitute(const KyString& oldText, const KyString& newText,
     own->refCount = 1;
     Release(internalString);
     internalString = own;
-    own->substitute(&oldText == this && !oldTemporary ? *own : oldBody, &newText == this && !newTemporary ? *own : newBody,
-                    start, end, oldStart, oldEnd, newStart, newEnd);
+    own->substitute(&oldText == this && !oldTemporary ? *own : oldBody,
+                    &newText == this && !newTemporary ? *own : newBody, start, end, oldStart, oldEnd, newStart, newEnd);
     return *this;
   }
   // Otherwise the result is made as a new body, whose text an edit that changes the

@@ -105,30 +105,42 @@ char* NarrowOf(const wchar_t* wide, std::size_t* bytes) {
 // same bytes without a call per character. A text holding anything else (a surrogate,
 // a value past U+10FFFF) gives null and takes the general way.
 char* NarrowOfUtf8(const wchar_t* wide, std::size_t units, std::size_t* bytes) {
+  if (units > kLimit) return nullptr;
   // An ASCII text, the common case, is one pass into a block of its exact size.
-  std::size_t ascii = 0;
-  while (ascii < units && static_cast<std::uint32_t>(wide[ascii]) < 0x80) ++ascii;
-  std::size_t total = ascii;
-  for (std::size_t i = ascii; i < units; ++i) {
+  char* ascii = new char[units + 1];
+  std::size_t done = 0;
+  for (; done < units && static_cast<std::uint32_t>(wide[done]) < 0x80; ++done)
+    ascii[done] = static_cast<char>(wide[done]);
+  if (done == units) {
+    ascii[units] = '\0';
+    *bytes = units;
+    return ascii;
+  }
+  std::size_t total = done;
+  for (std::size_t i = done; i < units; ++i) {
     const auto unit = static_cast<std::uint32_t>(wide[i]);
     if (unit < 0x80) {
       ++total;
     } else if (unit < 0x800) {
       total += 2;
-    } else if (unit < 0x10000) {
-      if (unit >= 0xD800 && unit < 0xE000) return nullptr;
+    } else if (unit < 0x10000 && (unit < 0xD800 || unit >= 0xE000)) {
       total += 3;
-    } else if (unit <= 0x10FFFF) {
+    } else if (unit >= 0x10000 && unit <= 0x10FFFF) {
       total += 4;
     } else {
-      return nullptr;
+      total = kLimit + 1;
+      break;
     }
   }
-  if (total > kLimit) return nullptr;
+  if (total > kLimit) {
+    delete[] ascii;
+    return nullptr;
+  }
   char* narrow = new char[total + 1];
-  char* out = narrow;
-  for (std::size_t i = 0; i < ascii; ++i) *out++ = static_cast<char>(wide[i]);
-  for (std::size_t i = ascii; i < units; ++i) {
+  std::memcpy(narrow, ascii, done);
+  delete[] ascii;
+  char* out = narrow + done;
+  for (std::size_t i = done; i < units; ++i) {
     const auto unit = static_cast<std::uint32_t>(wide[i]);
     if (unit < 0x80) {
       *out++ = static_cast<char>(unit);

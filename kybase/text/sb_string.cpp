@@ -163,9 +163,10 @@ KyInternalString* KySBString::substituted(const KyInternalString& oldText, const
       clampedOldEnd - clampedOldStart == clampedNewEnd - clampedNewStart)
     return KyInternalString::substituted(oldText, newText, start, end, oldStart, oldEnd, newStart, newEnd);
   char* rebuilt = nullptr;
-  if (KySubstituteUnits(value, length, KyClampStart(start, clampedEnd), clampedEnd, oldText.getValue() + clampedOldStart,
-                        clampedOldEnd - clampedOldStart, newText.getValue() + clampedNewStart,
-                        clampedNewEnd - clampedNewStart, &rebuilt) != kKyUnitEditRebuilt)
+  if (KySubstituteUnits(value, length, KyClampStart(start, clampedEnd), clampedEnd,
+                        oldText.getValue() + clampedOldStart, clampedOldEnd - clampedOldStart,
+                        newText.getValue() + clampedNewStart, clampedNewEnd - clampedNewStart,
+                        &rebuilt) != kKyUnitEditRebuilt)
     return copy();
   auto* result = new KySBString();
   result->adopt(rebuilt);

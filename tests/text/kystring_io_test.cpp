@@ -124,7 +124,8 @@ TEST(KyStringStream, BackslashByteInsideAMultiByteCharacter) {
   std::string dir = self;
   dir = dir.substr(0, dir.rfind('/') + 1) + "kystring_test_locales";
   // localedef may report warnings and still build the locale.
-  (void)!std::system(("mkdir -p " + dir + " && localedef -i zh_TW -f BIG5 " + dir + "/zh_TW.BIG5 >/dev/null 2>&1").c_str());
+  const std::string build = "mkdir -p " + dir + " && localedef -i zh_TW -f BIG5 " + dir + "/zh_TW.BIG5";
+  (void)!std::system((build + " >/dev/null 2>&1").c_str());
   ScopedLocPath path(dir);
   ScopedLocale big5("zh_TW.BIG5");
   if (!big5.entered()) GTEST_SKIP() << "no Big5 locale: localedef could not build zh_TW.BIG5 into " << dir;

@@ -34,9 +34,10 @@ TEST_P(KyStringSearchTest, CompareSigns) {
 
 TEST_P(KyStringSearchTest, ReversedRangesWriteTheirMessages) {
   KyString s("abcdef");
-  const std::tuple<int, int, int, int, const char*> cases[] = {{4, 2, 0, -1, "2nd parameter is greater than 3rd one.\n"},
-               {9, -1, 0, -1, "2nd parameter is greater than 3rd one.\n"},
-               {0, -1, 3, 1, "4th parameter is greater than 5th one.\n"}};
+  const std::tuple<int, int, int, int, const char*> cases[] = {
+      {4, 2, 0, -1, "2nd parameter is greater than 3rd one.\n"},
+      {9, -1, 0, -1, "2nd parameter is greater than 3rd one.\n"},
+      {0, -1, 3, 1, "4th parameter is greater than 5th one.\n"}};
   for (const auto& [start, end, otherStart, otherEnd, words] : cases) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(s.compare(s, start, end, otherStart, otherEnd), -1);

@@ -140,7 +140,8 @@ TEST_P(KyStringBodyTest, NumbersUseTheirDefaultFormats) {
   const std::pair<KyString, const char*> cases[] = {
       {KyString(static_cast<short>(-5)), "-5"},        {KyString(static_cast<unsigned short>(65535)), "65535"},
       {KyString(-2147483647 - 1), "-2147483648"},     {KyString(4294967295u), "4294967295"},
-      {KyString(-9223372036854775807L), "-9223372036854775807"}, {KyString(18446744073709551615UL), "18446744073709551615"},
+      {KyString(-9223372036854775807L), "-9223372036854775807"},
+      {KyString(18446744073709551615UL), "18446744073709551615"},
       {KyString(1.5f), "1.500000"},                   {KyString(0.1), "0.1"},
       {KyString(static_cast<short>(-1), "%hx"), "ffff"}, {KyString(3.14159, "%08.3f"), "0003.142"},
       {KyString(7, nullptr), "7"}};

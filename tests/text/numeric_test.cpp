@@ -23,13 +23,14 @@ std::string Text(const char* text) { return Text(KyNumeric(text)); }
 std::string Repeat(char c, int count) { return std::string(static_cast<std::size_t>(count), c); }
 
 TEST(Numeric, GetWritesItsOwnTexts) {
-  const std::tuple<const char*, const char*> cases[] = {{"0.5", ".5"},         {"-0.5", "-.5"},    {"100", "100"},    {"1e3", "1000"},  {"-1e3", "-100"},
-               {"12.5", "12.5"},      {"-12.5", "-12.5"}, {"1.50", "1.5"},   {"1e-5", ".1e-4"}, {"1.5e-3", ".15e-2"},
-               {"0.05", ".05"},       {"0.001", ".001"},  {"0", ".0"},       {"0.0", "0"},     {"-0", ".0"},
-               {" + 7", "7"},         {"5.", "5"},        {"123.456e2", "12345.6"}, {"1e200", ".1e201"},
-               {"0001.25", "1.25"}};
+  const std::tuple<const char*, const char*> cases[] = {
+      {"0.5", ".5"},   {"-0.5", "-.5"},   {"100", "100"}, {"1e3", "1000"}, {"-1e3", "-100"},   {"12.5", "12.5"},
+      {"-12.5", "-12.5"}, {"1.50", "1.5"}, {"1e-5", ".1e-4"}, {"1.5e-3", ".15e-2"}, {"0.05", ".05"}, {"0.001", ".001"},
+      {"0", ".0"},     {"0.0", "0"},      {"-0", ".0"},   {" + 7", "7"},   {"5.", "5"},       {"123.456e2", "12345.6"},
+      {"1e200", ".1e201"}, {"0001.25", "1.25"}};
   for (const auto& [text, expected] : cases) EXPECT_EQ(Text(text), expected) << text;
-  const std::pair<long, const char*> longs[] = {{100L, "100"}, {-42L, "-42"}, {0L, "0"}, {LONG_MIN, "-9223372036854775808"}};
+  const std::pair<long, const char*> longs[] = {
+      {100L, "100"}, {-42L, "-42"}, {0L, "0"}, {LONG_MIN, "-9223372036854775808"}};
   for (const auto& [value, text] : longs) EXPECT_EQ(Text(KyNumeric(value)), text);
   EXPECT_EQ(Text(KyNumeric()), "0");
 }
@@ -80,7 +81,8 @@ TEST(Numeric, ComparisonsKeepTheirOddities) {
   const std::tuple<KyNumeric, const char*, KyNumeric, bool> cases[] = {
       {"1.50", "==", "1.5", true},  {100L, "==", "1e2", true},    {100L, "==", "10", false},  {"5", "==", "-5", false},
       {"1.25", "==", "1.2", false}, {"0.05", "==", "0.07", true}, {-5L, ">", -3L, true},      {-5L, "<", -3L, false},
-      {5L, ">", -3L, true},         {-3L, ">", 5L, false},        {3L, "<", 5L, true},        {"12.5", ">", "12.25", true},
+      {5L, ">", -3L, true},         {-3L, ">", 5L, false},        {3L, "<", 5L, true},
+      {"12.5", ">", "12.25", true},
       {"0.5", ">", "1e-5", true},   {5L, ">=", 5L, true},         {5L, "<=", 5L, true},       {5L, ">", 5L, false},
       {5L, "<", 5L, false},         {"1e2", ">=", 100L, false},   {"1e2", "<=", 100L, true},  {"1e2", "<", 100L, false},
   };
@@ -97,7 +99,8 @@ TEST(Numeric, ArithmeticFollowsTheSigns) {
   const std::tuple<const char*, char, const char*, const char*> cases[] = {
       {"1.5", '+', "2.25", "3.75"}, {"0.5", '+', "0.5", "1"}, {"99", '+', "1", "100"}, {"-3", '+', "5", "2"},
       {"3", '+', "-5", "-2"}, {"-5", '+', "3", "-2"}, {"5", '+', "-3", "2"}, {"-2", '+', "-3", "-5"},
-      {"1e-5", '+', "1e-5", ".2e-4"}, {"1e3", '+', "1e3", "2000"}, {"-0.01", '+', "-0.02", ".03"}, {"0.1", '-', "0.3", "-.2"},
+      {"1e-5", '+', "1e-5", ".2e-4"}, {"1e3", '+', "1e3", "2000"}, {"-0.01", '+', "-0.02", ".03"},
+      {"0.1", '-', "0.3", "-.2"},
       {"5", '-', "-3", "8"}, {"-5", '-', "3", "-8"}, {"-5", '-', "-3", "-2"}, {"-3", '-', "-5", "2"},
       {"10", '-', "0.5", "9.5"}, {"7", '-', "7", "0"}, {"1.1e-5", '-', "1e-5", ".1e-5"}, {"12", '*', "12", "144"},
       {"1.5", '*', "1.5", "22.5"}, {"0.5", '*', "0.5", ".25"}, {"0.05", '*', "0.5", ".025"}, {"-2", '*', "3", "-6"},
@@ -149,7 +152,8 @@ TEST(Numeric, IntegerMeansAThirtyTwoBitLong) {
 
 // setScale moves the point without rounding; a point beyond 48 places leaves zero.
 TEST(Numeric, AccessorsScaleAndSign) {
-  const std::tuple<KyNumeric, short, short> cases[] = {{"12.5", 3, 1}, {"1e3", 1, -3}, {100L, 3, 0}, {"0.05", 2, 2}, {KyNumeric(), 0, 0}};
+  const std::tuple<KyNumeric, short, short> cases[] = {{"12.5", 3, 1}, {"1e3", 1, -3}, {100L, 3, 0}, {"0.05", 2, 2},
+      {KyNumeric(), 0, 0}};
   for (const auto& [value, precision, scale] : cases) {
     EXPECT_EQ(value.getPrecision(), precision) << Text(value);
     EXPECT_EQ(value.getScale(), scale) << Text(value);
