@@ -103,7 +103,8 @@ TEST(XmlParser, ReferenceOddities) {
   const Case cases[] = {
       {"<a>&#x41;</a>", {"A"}}, {"<a>&#xA;</a>  ", {}}, {"<a>&#xff;</a>  ", {"U"}},
       {"<a>&#xFF;</a>  ", {"U"}}, {"<a>&#233;</a>  ", {"\xE9"}}, {"<a>&#65601;</a>", {"A"}},
-      {"<a>&quote;</a> ", {"'"}}, {"<a>&LT;&Gt;&aMp;</a>", {"<", ">", "&"}}, {"<a>&quot;&apos;</a>", {"@quot", "@apos"}},
+      {"<a>&quote;</a> ", {"'"}}, {"<a>&LT;&Gt;&aMp;</a>", {"<", ">", "&"}},
+      {"<a>&quot;&apos;</a>", {"@quot", "@apos"}},
       {"<a>&#65535;</a>", {"@"}}, {"<a>a&amp;b</a>", {"a", "&", "b"}},
   };
   for (const Case& c : cases) {
@@ -292,7 +293,8 @@ TEST(XmlParser, DocumentThatKeepsNothingHearsEveryElement) {
 TEST(XmlParser, UnfinishedConstructsEndTheRead) {
   const std::pair<const char*, int> cases[] = {
       {"<a>text <", KyXmlError::kEndOfDocumentUnexpected}, {"<a><b>x</b>\n<", KyXmlError::kEndOfDocumentUnexpected},
-      {"<!DOCTYPE a [ <!ENTITY x 'y'>", KyXmlError::kEarlyEndOfDocument}, {"<!DOCTYPE a SYSTEM 'x'", KyXmlError::kEarlyEndOfDocument},
+      {"<!DOCTYPE a [ <!ENTITY x 'y'>", KyXmlError::kEarlyEndOfDocument},
+      {"<!DOCTYPE a SYSTEM 'x'", KyXmlError::kEarlyEndOfDocument},
       {"<?pi never closed", KyXmlError::kEarlyEndOfDocument}, {"<a><?pi never closed", KyXmlError::kEarlyEndOfDocument},
       {"<a>x</a><?pi never", KyXmlError::kEarlyEndOfDocument}, {"<root><tag \n", KyXmlError::kEarlyEndOfDocument},
       {"<a b='1' c='x&", KyXmlError::kEarlyEndOfDocument},
