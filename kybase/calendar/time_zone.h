@@ -57,6 +57,7 @@ class KY_EXPORT KyTimeZone {
   /// True once a rule was put in force with setUseDaylight (useDaylightTime() answers
   /// true for every zone and so cannot tell).
   bool hasDaylightRule() const { return _useDaylight; }
+  /// The first year the rule applies.
   long getStartYear() const { return _startYear; }
   /// True when a wall-clock time of day lies at least the savings and two hours away
   /// from both rule times, so that it exists exactly once on every date.
