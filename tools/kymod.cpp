@@ -30,16 +30,6 @@ constexpr char kHelp[] =
     "Exit status: 0 listed, or the module loaded; 1 no module came back; 2 wrong\n"
     "arguments.\n";
 
-const char* StatusName(KyModule::Error error) {
-  switch (error) {
-    case KyModule::kNoError: return "NoError";
-    case KyModule::kModuleNotFound: return "ModuleNotFound";
-    case KyModule::kEntryPointNotFound: return "EntryPointNotFound";
-    case KyModule::kDependencyNotResolved: return "DependencyNotResolved";
-  }
-  return "Unknown";
-}
-
 std::string Requires(const KyModuleDescriptor& descriptor) {
   std::string list;
   KyXmlElement* root = descriptor.getDocument() != nullptr ? descriptor.getDocument()->getRootElement() : nullptr;
@@ -64,7 +54,8 @@ int List() {
     std::snprintf(version, sizeof version, "%s%ld.%02ld", code < 0 ? "-" : "", std::labs(code) / 100,
                   std::labs(code) % 100);
     std::cout << (descriptor->getName() != nullptr ? descriptor->getName() : "") << " " << version << " "
-              << Requires(*descriptor) << " " << descriptor->getLibraryPath().getString(KyPathName::kSystemPathType) << "\n";
+              << Requires(*descriptor) << " "
+              << descriptor->getLibraryPath().getString(KyPathName::kSystemPathType) << "\n";
   }
   return 0;
 }
@@ -72,8 +63,8 @@ int List() {
 int Load(const char* name) {
   KyModule* module = KyModule::Load(name, nullptr);
   KyModule::Error status = KyModule::GetError();
-  std::cout << name << ": " << (module != nullptr ? "loaded" : "not loaded") << ", status " << StatusName(status)
-            << " (" << static_cast<int>(status) << ")\n";
+  std::cout << name << ": " << (module != nullptr ? "loaded" : "not loaded") << ", status "
+            << KyModuleLoader::StatusText(status) << " (" << static_cast<int>(status) << ")\n";
   return module != nullptr ? 0 : 1;
 }
 

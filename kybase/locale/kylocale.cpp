@@ -8,6 +8,7 @@
 
 #include "kybase/locale/locale_descriptor.h"
 #include "kybase/locale/locale_tables_internal.h"
+#include "kybase/locale/pointer_list_internal.h"
 
 KyLocale* KyLocale::_Locale = nullptr;
 KyLocale** KyLocale::_LocaleList = nullptr;
@@ -28,15 +29,7 @@ void WriteName(const char* name) {
 }  // namespace
 
 KyLocale::KyLocale(const char* name) {
-  if (_LocaleNumber == _MaxLocaleNumber) {
-    unsigned long capacity = _MaxLocaleNumber == 0 ? 1 : _MaxLocaleNumber * 2;
-    auto** list = new KyLocale*[capacity];
-    if (_LocaleNumber != 0) std::memcpy(list, _LocaleList, _LocaleNumber * sizeof(KyLocale*));
-    delete[] _LocaleList;
-    _LocaleList = list;
-    _MaxLocaleNumber = capacity;
-  }
-  _LocaleList[_LocaleNumber++] = this;
+  KyAppendPointer(_LocaleList, _LocaleNumber, _MaxLocaleNumber, this);
 
   ctypeCategory = new KyLocaleCatDescriptor;
   messagesCategory = new KyLocaleCatDescriptor;
@@ -87,8 +80,7 @@ KyLocale::~KyLocale() {
   if (_Locale == this) _Locale = nullptr;
   for (unsigned long index = 0; index < _LocaleNumber; ++index) {
     if (_LocaleList[index] != this) continue;
-    std::memmove(_LocaleList + index, _LocaleList + index + 1, (_LocaleNumber - index - 1) * sizeof(KyLocale*));
-    --_LocaleNumber;
+    KyRemovePointerAt(_LocaleList, _LocaleNumber, index);
     break;
   }
   if (_LocaleNumber == 0) {

@@ -1,31 +1,20 @@
 #include "kybase/locale/locale_extension.h"
 
-#include <cstring>
-
 #include "kybase/locale/kylocale.h"
+#include "kybase/locale/pointer_list_internal.h"
 
 KyExtensionList::~KyExtensionList() {
   if (capacity != 0) delete[] array;
 }
 
 void KyExtensionList::add(KyLocaleExtension* extension) {
-  if (extension == nullptr) return;
-  if (count == capacity) {
-    unsigned long grown = capacity == 0 ? 1 : capacity * 2;
-    auto** bigger = new KyLocaleExtension*[grown];
-    if (count != 0) std::memcpy(bigger, array, count * sizeof(KyLocaleExtension*));
-    delete[] array;
-    array = bigger;
-    capacity = grown;
-  }
-  array[count++] = extension;
+  if (extension != nullptr) KyAppendPointer(array, count, capacity, extension);
 }
 
 void KyExtensionList::remove(KyLocaleExtension* extension) {
   for (unsigned long index = 0; index < count; ++index) {
     if (array[index] != extension) continue;
-    std::memmove(array + index, array + index + 1, (count - index - 1) * sizeof(KyLocaleExtension*));
-    --count;
+    KyRemovePointerAt(array, count, index);
     return;
   }
 }
@@ -33,8 +22,7 @@ void KyExtensionList::remove(KyLocaleExtension* extension) {
 bool KyExtensionList::removeLast(KyLocaleExtension* extension) {
   for (unsigned long index = count; index-- != 0;) {
     if (array[index] != extension) continue;
-    std::memmove(array + index, array + index + 1, (count - index - 1) * sizeof(KyLocaleExtension*));
-    --count;
+    KyRemovePointerAt(array, count, index);
     return true;
   }
   return false;
@@ -64,7 +52,9 @@ void KyLocaleExtension::unlock() {
   if (--lockCount == 0) delete this;
 }
 
-KyEncoding KyLocaleExtension::getEncoding() const { return locale != nullptr ? locale->getEncoding() : kUnknownEncoding; }
+KyEncoding KyLocaleExtension::getEncoding() const {
+  return locale != nullptr ? locale->getEncoding() : kUnknownEncoding;
+}
 
 KyEncoding KyLocaleExtension::getEncoding(KyCategory category) const {
   return locale != nullptr ? locale->getEncoding(category) : kUnknownEncoding;

@@ -35,16 +35,6 @@ int ReadTraceMask() {
 
 bool Tracing(int bit) { return (KyModuleLoader::TraceMask & bit) != 0; }
 
-const char* StatusText(KyModule::Error error) {
-  switch (error) {
-    case KyModule::kNoError: return "NoError";
-    case KyModule::kModuleNotFound: return "ModuleNotFound";
-    case KyModule::kEntryPointNotFound: return "EntryPointNotFound";
-    case KyModule::kDependencyNotResolved: return "DependencyNotResolved";
-  }
-  return "Unknown";
-}
-
 // A path as the system writes it, for messages.
 std::string Text(const KyPathName& path) { return path.getString(KyPathName::kSystemPathType).getValue(); }
 
@@ -92,6 +82,16 @@ KyModule::~KyModule() {
   // the chain now, and its library closes at shut-down.
   own->module = nullptr;
   KyModuleLoader::Retire(own);
+}
+
+const char* KyModuleLoader::StatusText(KyModule::Error error) {
+  switch (error) {
+    case KyModule::kNoError: return "NoError";
+    case KyModule::kModuleNotFound: return "ModuleNotFound";
+    case KyModule::kEntryPointNotFound: return "EntryPointNotFound";
+    case KyModule::kDependencyNotResolved: return "DependencyNotResolved";
+  }
+  return "Unknown";
 }
 
 KyModule::Error KyModule::GetError() { return KyModuleLoader::Status; }
@@ -153,7 +153,8 @@ KyModule* KyModule::Load(const char* name, void* userArg) {
   KyPathName path(name);
   const KyString moduleName = path.getFileName();
   KyPathName result;
-  if (Tracing(2)) KyModuleLoader::Say("KyModule::Load(" + std::string(name) + ") -> name=" + moduleName.getValue() + "\n");
+  if (Tracing(2))
+    KyModuleLoader::Say("KyModule::Load(" + std::string(name) + ") -> name=" + moduleName.getValue() + "\n");
 
   if (KyModuleDescriptor* known = Find(moduleName)) {
     if (known->getModule() != nullptr) return known->getModule();
@@ -214,8 +215,8 @@ KyModule* _KyModuleDescriptor::loadRequiredAndLibrary(void* userArg) {
       }
       if (Tracing(2)) KyModuleLoader::Say("    requires module: " + std::string(requiredName) + "\n");
       if (KyModule::Load(requiredName, nullptr) == nullptr) {
-        KyModuleLoader::Say("KyModule error: Module '" + std::string(Printable(name)) + "' requires unloadable module '" +
-                            requiredName + "'\n");
+        KyModuleLoader::Say("KyModule error: Module '" + std::string(Printable(name)) +
+                            "' requires unloadable module '" + requiredName + "'\n");
         KyModuleLoader::Status = KyModule::kDependencyNotResolved;
         return nullptr;
       }
@@ -256,7 +257,7 @@ KyModule* _KyModuleDescriptor::loadRequiredAndLibrary(void* userArg) {
     if (made != nullptr)
       KyModuleLoader::Say("    => Success!\n");
     else
-      KyModuleLoader::Say("    => FAILURE. Error:" + std::string(StatusText(error)) + "\n");
+      KyModuleLoader::Say("    => FAILURE. Error:" + std::string(KyModuleLoader::StatusText(error)) + "\n");
   }
   return made;
 }

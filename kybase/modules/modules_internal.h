@@ -51,6 +51,10 @@ struct KY_EXPORT KyModuleLoader {
   static void scanDescriptor(const KyPathName& file, const KyPathName& library);
   // Destroys every descriptor, closing their libraries (the context's shut-down step).
   static void releaseDescriptors();
+  // "NoError", "ModuleNotFound", "EntryPointNotFound", "DependencyNotResolved", or
+  // "Unknown" for any other value.
+  static const char* StatusText(KyModule::Error error);
+
   // Writes a message to standard error in one piece and flushes it.
   static void Say(const std::string& text);
 

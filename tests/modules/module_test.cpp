@@ -139,7 +139,7 @@ TEST_F(ModuleLoader, LoadsWithRequirementsAndReportsEachFailure) {
   EXPECT_EQ(KyModule::GetError(), KyModule::kNoError);
   EXPECT_STREQ(a->pluginName(), "ky_test_a");
   EXPECT_EQ(a->getDescriptor(), KyModule::Find("a"));
-  EXPECT_EQ(a->getDescriptor()->getLibraryPath().getString(KyPathName::kSystemPathType), KyString((first + "/a.so").c_str()));
+  EXPECT_STREQ(a->getDescriptor()->getLibraryPath().getString(KyPathName::kSystemPathType), (first + "/a.so").c_str());
   EXPECT_NE(KyModule::IsLoaded("c"), nullptr);
   EXPECT_EQ(KyModule::Load("elsewhere/a.so", &arg), a);
   EXPECT_EQ(KyModule::Load("a.so", &arg), a);
