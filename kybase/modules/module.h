@@ -100,6 +100,7 @@ class KY_EXPORT KyModule {
 
  private:
   friend class _KyModuleDescriptor;
+  friend struct KyModuleLoader;
   KyModuleDescriptor* descriptor = nullptr;
 };
 

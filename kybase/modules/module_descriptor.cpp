@@ -13,6 +13,7 @@
 #include <sstream>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "kybase/core/global_context.h"
 #include "kybase/modules/modules_internal.h"
@@ -165,10 +166,18 @@ void KyModuleLoader::Retire(_KyModuleDescriptor* descriptor) {
 }
 
 void KyModuleLoader::releaseDescriptors() {
+  // Modules are not deleted: they are their clients', and those loaded for a requires
+  // were never handed out. They stay listed here to the end of the process, no longer
+  // tied to the descriptor that goes now.
+  static auto* survivors = new std::vector<KyModule*>;
   Names().clear();
   for (_KyModuleDescriptor** list : {&Chain, &Retired}) {
     while (_KyModuleDescriptor* descriptor = *list) {
       *list = descriptor->next;
+      if (descriptor->module != nullptr) {
+        descriptor->module->descriptor = nullptr;
+        survivors->push_back(descriptor->module);
+      }
       delete descriptor;
     }
   }
