@@ -362,7 +362,7 @@ void KyGregorianCalendar::computeFields(KyDateErrorCode& status) {
   markAllComputed();
 }
 
-double KyGregorianCalendar::computeJulianDay(bool isGregorian, long year) {
+double KyGregorianCalendar::computeJulianDay(bool isGregorian, long year, ResolvedDate* resolved) {
   const long monthStamp = _stamp[kMonth];
   const long domStamp = _stamp[kDayOfMonth];
   const long womStamp = _stamp[kWeekOfMonth];
@@ -401,10 +401,12 @@ double KyGregorianCalendar::computeJulianDay(bool isGregorian, long year) {
   }
 
   bool useMonth = false;
+  bool folded = false;
   long month = 0;
   if (best != 0 && (best == monthStamp || best == domStamp || best == womStamp || best == dowimStamp)) {
     useMonth = true;
     month = monthStamp != 0 ? _fields[kMonth] : 0;
+    folded = month < 0 || month > 11;
     if (month < 0) {
       const long q = (month + 1) / 12 - 1;
       month -= 12 * q;
@@ -444,6 +446,14 @@ double KyGregorianCalendar::computeJulianDay(bool isGregorian, long year) {
     date = best == doyStamp ? _fields[kDayOfYear] : computeDOYfromWOY(julianDay);
     if (y == _gregorianCutoverYear && isGregorian) date -= 10;
   }
+  if (resolved != nullptr) {
+    resolved->plain = useMonth && !folded && (best == domStamp || best == monthStamp) && date >= 1 &&
+                      date <= (isLeap ? kLeapMonthLength : kMonthLength)[month];
+    resolved->year = y;
+    resolved->month = month;
+    resolved->day = date;
+    resolved->leap = isLeap;
+  }
   return julianDay + date;
 }
 
@@ -480,12 +490,14 @@ void KyGregorianCalendar::computeTime(KyDateErrorCode& status) {
   }
 
   const bool isGregorian = year >= _gregorianCutoverYear;
-  double julianDay = computeJulianDay(isGregorian, year);
+  ResolvedDate resolved;
+  double julianDay = computeJulianDay(isGregorian, year, &resolved);
   double millis = julianDayToMillis(julianDay);
   if (isGregorian != (millis >= _normalizedGregorianCutover) && julianDay != kJulianDayGuard) {
     // The second pass puts the days skipped at the cutover under the Julian rule.
     julianDay = computeJulianDay(!isGregorian, year);
     millis = julianDayToMillis(julianDay);
+    resolved.plain = false;
   }
 
   const long hourOfDayStamp = _stamp[kHourOfDay];
@@ -512,6 +524,16 @@ void KyGregorianCalendar::computeTime(KyDateErrorCode& status) {
     long dow;
     if (!_lenient && _stamp[kMonth] != 0 && _stamp[kDayOfMonth] != 0 && rem == millisInDay) {
       dow = julianDayToDayOfWeek(julianDay);
+    } else if (resolved.plain && resolved.year != _gregorianCutoverYear && rem == millisInDay) {
+      // A date in range, away from the cutover year, on the day it names: these are the
+      // fields that the conversion of the time below would store, found without it.
+      dow = julianDayToDayOfWeek(julianDay);
+      internalSet(kEra, resolved.year >= 1 ? 1 : 0);
+      internalSet(kYear, resolved.year >= 1 ? resolved.year : 1 - resolved.year);
+      internalSet(kMonth, resolved.month);
+      internalSet(kDayOfMonth, resolved.day);
+      internalSet(kDayOfWeek, dow);
+      internalSet(kDayOfYear, (resolved.leap ? kLeapNumDays : kNumDays)[resolved.month] + resolved.day);
     } else {
       timeToFields(millis, true, status);
       dow = _fields[kDayOfWeek];

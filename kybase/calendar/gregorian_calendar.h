@@ -128,7 +128,17 @@ class KY_EXPORT KyGregorianCalendar : public KyCalendar {
   long eraYear() const;
   void pinDayOfMonth();
   void timeToFields(double theTime, bool quick, KyDateErrorCode& status);
-  double computeJulianDay(bool isGregorian, long year);
+  // The date that a month and day of the month name, when they won, lie in range and
+  // needed no folding: the date fields are then already what a conversion of the time
+  // would store.
+  struct ResolvedDate {
+    bool plain = false;
+    long year = 0;
+    long month = 0;
+    long day = 0;
+    bool leap = false;
+  };
+  double computeJulianDay(bool isGregorian, long year, ResolvedDate* resolved = nullptr);
   long computeRelativeDOW(double julianDay) const;
   long computeRelativeDOW() const;
   long computeDOYfromWOY(double julianDayOfYear) const;
