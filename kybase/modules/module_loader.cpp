@@ -132,7 +132,10 @@ void KyModule::ReScan() {
     library.setExtension(LibraryExtension, -1, 0);
     KyPathName item;
     while (directory.readDir(item)) {
-      work.setBaseName(item.getBaseName(), -1, 0);
+      // The entry's name was split by setBaseName already; its parts are taken as they
+      // are, as a second split of the joined text would give the same.
+      work.setFileName(item.getFileName(), -1, 0);
+      work.setExtension(item.getExtension(), -1, 0);
       const KyString moduleName = work.getFileName();
       if (work.getExtension().compare(DescriptorExtension) != 0 || moduleName.getLength() == 0 || !work.isReadable())
         continue;
