@@ -78,6 +78,20 @@ TEST(KyStringBody, MultiByteLengthAndInvalidSequences) {
   }
 }
 
+TEST(KyStringBody, EditsRegenerateCharactersOfEveryWidth) {
+  ScopedLocale utf8("C.UTF-8");
+  if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";
+  KyString s("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");  // a, e acute, euro sign, an emoji
+  s.substitute("a", "bb");
+  EXPECT_STREQ(s.getValue(), "bb\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80");
+  EXPECT_EQ(s.getLength(), 5u);
+  KyMBString body;  // a surrogate has no UTF-8 form and ends the narrow one
+  const wchar_t surrogate[] = {L'a', static_cast<wchar_t>(0xD800), L'b', 0};
+  body.setWideValue(surrogate, true, -1, true);
+  EXPECT_STREQ(body.getValue(), "a");
+  EXPECT_EQ(body.getLength(), 3);
+}
+
 TEST(KyStringBody, UnwritableUnitEndsTheNarrowForm) {
   ScopedLocale utf8("C.UTF-8");
   if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed";

@@ -92,6 +92,33 @@ TEST(XmlWriter, DoctypeRestGainsABlankPerRoundTrip) {
   EXPECT_EQ(Written(bare), "<?xml version=\"1.0\"?>\n<!DOCTYPE a >\n<a/>\n");
 }
 
+// Nodes of other classes write through their own forms between the bytes a plain tree
+// gathers; a line longer than the gathering block stays whole.
+TEST(XmlWriter, OtherClassesInsideAPlainTree) {
+  class Loud : public KyXmlAttribute {
+   public:
+    using KyXmlAttribute::KyXmlAttribute;
+    std::ostream& write(std::ostream& stream) const override { return stream << "LOUD"; }
+  };
+  class Custom : public KyXmlElement {
+   public:
+    using KyXmlElement::KyXmlElement;
+  };
+  KyXmlDocument document;
+  auto* root = new KyXmlElement("r");
+  root->addAttribute(new Loud("a", "1"));
+  auto* custom = new Custom("c");
+  custom->addAttribute(new KyXmlAttribute("k", "v&"));
+  custom->addChild(new KyXmlElement("d"));
+  root->addChild(custom);
+  auto* text = new KyXmlText;
+  text->setText(std::string(300, 'x').c_str());
+  root->addChild(text);
+  document.addNode(root);
+  EXPECT_EQ(Written(document), "<?xml version=\"1.0\"?>\n<r LOUD>\n  <c k=\"v&amp;\">\n    <d/>\n  </c>\n" +
+                                   std::string(300, 'x') + "</r>\n");
+}
+
 // A document subclass that changes the form of one kind: comments are dropped.
 class NoComments : public KyXmlDocument {
  public:
