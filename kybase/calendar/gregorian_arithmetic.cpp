@@ -318,14 +318,28 @@ long KyGregorianCalendar::skipSteps(double when, KyDateFields field, KyDateError
   const long wallClock =
       ((_fields[kHourOfDay] * 60L + _fields[kMinute]) * 60 + _fields[kSecond]) * 1000 + _fields[kMillisecond];
   // Steps of half a day visit the other half of the clock too.
-  const bool clear = _zone->isClearOfTransitions(wallClock) &&
-                     (field != kAmPm || _zone->isClearOfTransitions((wallClock + 43200000) % 86400000));
+  bool clear = _zone->isClearOfTransitions(wallClock) &&
+               (field != kAmPm || _zone->isClearOfTransitions((wallClock + 43200000) % 86400000));
+  // Before the rule's first year (and before the year 1) no daylight time applies: any
+  // wall clock is clear there, for jumps that stay there.
+  double reach = when;
+  if (!clear) {
+    bool leap;
+    const long ruleYear = std::clamp(_zone->getStartYear(), 1L, 200000L);
+    const double ruleStart =
+        julianDayToMillis(computeJulianDayOfYear(ruleYear >= _gregorianCutoverYear, ruleYear, leap) + 1) -
+        40 * kOneDay;
+    if (ms < ruleStart) {
+      clear = true;
+      if (direction > 0) reach = std::min(when, ruleStart);
+    }
+  }
 
   bool keepWallClock;
   const double step = StepOf(field, &keepWallClock);
   if (step > 0) {
     if (keepWallClock && !clear) return skipPeriods(when, field, status);
-    double n = std::floor((when - ms) * direction / step) - 2;
+    double n = std::floor((reach - ms) * direction / step) - 2;
     if (ms != std::floor(ms)) {
       // A fraction stays exact while the magnitude stays below the next power of two.
       const double limit = std::ldexp(1.0, std::ilogb(ms) + 1);
@@ -345,11 +359,11 @@ long KyGregorianCalendar::skipSteps(double when, KyDateFields field, KyDateError
   // across it are taken one by one.
   const double before = std::min(_gregorianCutover, _normalizedGregorianCutover) - 2 * kOneDay;
   const double after = std::max(_gregorianCutover, _normalizedGregorianCutover) + 40 * kOneDay;
-  double limit = when;
+  double limit = reach;
   if (ms < before)
-    limit = std::min(when, before);
+    limit = std::min(reach, before);
   else if (ms >= after)
-    limit = std::max(when, after);
+    limit = std::max(reach, after);
   else
     return 0;
   const double n = std::floor((limit - ms) * direction / ((field == kMonth ? 31 : 366) * kOneDay)) - 2;
