@@ -162,7 +162,8 @@ TEST(LocaleDescriptor, StandardFormAndCopies) {
   KyLocaleCatDescriptor copy;
   copy.setSystemLocaleName("C");
   copy = descriptor;
-  copy = copy;
+  const KyLocaleCatDescriptor& same = copy;
+  copy = same;  // self-assignment keeps the texts
   descriptor.setStdLangTerr("french", kISO8859_1);
   EXPECT_FALSE(descriptor.isStandard());
   EXPECT_STREQ(descriptor.getSystemLocaleName(), "french");
