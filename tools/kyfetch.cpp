@@ -3,6 +3,7 @@
 // chunk. When the URL cannot be opened it prints "URL: cannot open" (with the URL
 // given) on standard error and exits with 1. --help and --version answer as usual.
 #include <kybase/kybase.h>
+#include "tool_options.h"
 
 #include <cstdio>
 #include <cstring>
@@ -27,14 +28,7 @@ constexpr char kHelp[] =
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && std::strcmp(argv[1], "--help") == 0) {
-    std::cout << kUsage << kHelp;
-    return 0;
-  }
-  if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
-    std::cout << "kyfetch (kybase) " << KYBASE_VERSION << "\n";
-    return 0;
-  }
+  if (KyAnswerToolOption(argc, argv, "kyfetch", kUsage, kHelp)) return 0;
   if (argc != 2) {
     std::cerr << kUsage;
     return 2;

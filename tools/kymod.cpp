@@ -2,6 +2,7 @@
 // --version answer as usual.
 #include <kybase/kybase.h>
 #include <kybase/modules/modules_internal.h>
+#include "tool_options.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -71,14 +72,7 @@ int Load(const char* name) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && std::strcmp(argv[1], "--help") == 0) {
-    std::cout << kUsage << kHelp;
-    return 0;
-  }
-  if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
-    std::cout << "kymod (kybase) " << KYBASE_VERSION << '\n';
-    return 0;
-  }
+  if (KyAnswerToolOption(argc, argv, "kymod", kUsage, kHelp)) return 0;
   if (argc == 1) return List();
   if (argc == 3 && std::strcmp(argv[1], "load") == 0) return Load(argv[2]);
   std::cerr << kUsage;

@@ -2,6 +2,7 @@
 // writer. On a fault prints "FILE:LINE: NAME" (the code number when the code has no
 // name) on standard error and exits with 1. --help and --version answer as usual.
 #include <kybase/kybase.h>
+#include "tool_options.h"
 
 #include <cstring>
 #include <fstream>
@@ -38,14 +39,7 @@ constexpr char kHelp[] =
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && std::strcmp(argv[1], "--help") == 0) {
-    std::cout << kUsage << kHelp;
-    return 0;
-  }
-  if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
-    std::cout << "kyxml (kybase) " << KYBASE_VERSION << '\n';
-    return 0;
-  }
+  if (KyAnswerToolOption(argc, argv, "kyxml", kUsage, kHelp)) return 0;
   // A file whose name starts with "--" is still reachable as ./--name.
   if (argc != 2 || std::strncmp(argv[1], "--", 2) == 0) {
     std::cerr << kUsage;
