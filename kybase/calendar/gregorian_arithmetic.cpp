@@ -61,14 +61,18 @@ void KyGregorianCalendar::pinDayOfMonth() {
   if (_fields[kDayOfMonth] > length) set(kDayOfMonth, length);
 }
 
-void KyGregorianCalendar::add(KyDateFields field, long amount, KyDateErrorCode& status) {
-  if (KyDateFailed(status) || amount == 0) return;
+bool KyGregorianCalendar::beginChange(KyDateFields field, long amount, KyDateErrorCode& status) {
+  if (KyDateFailed(status) || amount == 0) return false;
   if (!validField(field)) {
     status = kIllegalArgument;
-    return;
+    return false;
   }
   complete(status);
-  if (KyDateFailed(status)) return;
+  return !KyDateFailed(status);
+}
+
+void KyGregorianCalendar::add(KyDateFields field, long amount, KyDateErrorCode& status) {
+  if (!beginChange(field, amount, status)) return;
   switch (field) {
     case kYear:
     case kYearOfWeek: {
@@ -118,13 +122,7 @@ void KyGregorianCalendar::add(KyDateFields field, long amount, KyDateErrorCode& 
 }
 
 void KyGregorianCalendar::roll(KyDateFields field, long amount, KyDateErrorCode& status) {
-  if (KyDateFailed(status) || amount == 0) return;
-  if (!validField(field)) {
-    status = kIllegalArgument;
-    return;
-  }
-  complete(status);
-  if (KyDateFailed(status)) return;
+  if (!beginChange(field, amount, status)) return;
   const long min = getMinimum(field);
   long max = getMaximum(field);
 

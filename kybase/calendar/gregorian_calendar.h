@@ -144,6 +144,10 @@ class KY_EXPORT KyGregorianCalendar : public KyCalendar {
   long computeDOYfromWOY(double julianDayOfYear) const;
   long weekNumber(long dayOfPeriod, long dayOfWeek) const;
   bool validateFields() const;
+  /// The checks add and roll share: false (nothing to do) for a failed status or a zero
+  /// amount, and for a bad field after setting kIllegalArgument; otherwise the fields
+  /// are made current, and true when that succeeded.
+  bool beginChange(KyDateFields field, long amount, KyDateErrorCode& status);
   void addByMillis(KyDateFields field, long amount, KyDateErrorCode& status);
   void rollWeekOfYear(long amount, KyDateErrorCode& status);
   long skipPeriods(double when, KyDateFields field, KyDateErrorCode& status);

@@ -31,6 +31,13 @@ void Release(KyPathItem* item) {
   }
 }
 
+// A sublist takes a new chain, made before the old one is released (the new items may
+// share the old ones).
+void Replace(KyPathItem*& sublist, KyPathItem* chain) {
+  Release(sublist);
+  sublist = chain;
+}
+
 KyPathItem* Last(KyPathItem* head) {
   while (head != nullptr && head->next != nullptr) head = head->next;
   return head;
@@ -140,37 +147,13 @@ void KyPathList::setList(const KyPathList& other) { AppendShared(list, other.lis
 void KyPathList::setPrevList(const KyPathList& other) { AppendShared(prevList, other.prevList, true); }
 void KyPathList::setPostList(const KyPathList& other) { AppendShared(postList, other.postList, true); }
 
-void KyPathList::setList(const KyPathName& path) {
-  auto* item = new KyPathItem(path);
-  Release(list);
-  list = item;
-}
-void KyPathList::setPrevList(const KyPathName& path) {
-  auto* item = new KyPathItem(path);
-  Release(prevList);
-  prevList = item;
-}
-void KyPathList::setPostList(const KyPathName& path) {
-  auto* item = new KyPathItem(path);
-  Release(postList);
-  postList = item;
-}
+void KyPathList::setList(const KyPathName& path) { Replace(list, new KyPathItem(path)); }
+void KyPathList::setPrevList(const KyPathName& path) { Replace(prevList, new KyPathItem(path)); }
+void KyPathList::setPostList(const KyPathName& path) { Replace(postList, new KyPathItem(path)); }
 
-void KyPathList::setList(const KyString& text) {
-  KyPathItem* chain = Parse(text);
-  Release(list);
-  list = chain;
-}
-void KyPathList::setPrevList(const KyString& text) {
-  KyPathItem* chain = Parse(text);
-  Release(prevList);
-  prevList = chain;
-}
-void KyPathList::setPostList(const KyString& text) {
-  KyPathItem* chain = Parse(text);
-  Release(postList);
-  postList = chain;
-}
+void KyPathList::setList(const KyString& text) { Replace(list, Parse(text)); }
+void KyPathList::setPrevList(const KyString& text) { Replace(prevList, Parse(text)); }
+void KyPathList::setPostList(const KyString& text) { Replace(postList, Parse(text)); }
 
 void KyPathList::addInList(const KyPathList& other) { AppendShared(list, other.list, false); }
 void KyPathList::addInPrevList(const KyPathList& other) { AppendShared(prevList, other.prevList, false); }
