@@ -1,7 +1,9 @@
 #include "kybase/xml/xml_node.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
+#include <typeinfo>
 #include <vector>
 
 #include "kybase/core/memory_manager.h"
@@ -20,39 +22,111 @@ bool SameText(const char* a, const char* b) { return a != nullptr && b != nullpt
 
 }  // namespace
 
+namespace {
+
+// True when `node` is one of the library's own concrete nodes, whose destructors do
+// nothing a caller could see but release memory. Type information is compared by
+// address: the objects of these classes live in this library, and a miss only costs
+// the faster order.
+bool IsOwnNode(const KyXmlNodeI* node) {
+  if (node == nullptr) return true;
+  const std::type_info* type = &typeid(*node);
+  switch (node->getType()) {
+    case KyXmlNodeI::Attribute: return type == &typeid(KyXmlAttribute);
+    case KyXmlNodeI::Element: return type == &typeid(KyXmlElement);
+    case KyXmlNodeI::Text: return type == &typeid(KyXmlText);
+    case KyXmlNodeI::Comment: return type == &typeid(KyXmlComment);
+    case KyXmlNodeI::CData: return type == &typeid(KyXmlCData);
+    case KyXmlNodeI::PI: return type == &typeid(KyXmlPI);
+    case KyXmlNodeI::CharRef: return type == &typeid(KyXmlCharRef);
+  }
+  return false;
+}
+
+// Releases one cell taken from the chain of `list`: the list's first cell through the
+// list itself, which also resets the list and sends its safe iterators to the end.
+void ReleaseCell(Ky_List& list, Ky_List::Cell* cell) {
+  cell->setNext(nullptr);
+  if (cell == list.getFirst())
+    list.empty();
+  else
+    delete cell;
+}
+
+// Memory is given back best in the reverse order of its taking: the manager's free
+// lists and the heap's bins then hand it out again in the order of the first build,
+// which keeps the next read as sequential in memory as the first. A teardown therefore
+// takes the cells of a list in runs of up to kRun, and deletes each run from its end;
+// a run that holds a node of another class keeps list order, as that node's destructor
+// may be watched. A long list is touched once per run, while the run is in the cache.
+constexpr int kRun = 256;
+
+// The cells of the run that starts at `cell`, pushed so that popping from the back of
+// `pending` gives them in deletion order; returns the cell after the run.
+Ky_List::Cell* PushRun(Ky_List::Cell* cell, std::vector<Ky_List::Cell*>& pending) {
+  std::size_t base = pending.size();
+  bool own = true;
+  for (int taken = 0; cell != nullptr && taken < kRun; ++taken, cell = cell->getNext()) {
+    pending.push_back(cell);
+    own = own && IsOwnNode(static_cast<KyXmlNodeI*>(cell->getValue()));
+  }
+  if (!own) std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(base), pending.end());
+  return cell;
+}
+
+void DeleteAttributes(KyXmlElement* element, std::vector<Ky_List::Cell*>& pending) {
+  Ky_List& list = element->getAttributes();
+  std::size_t base = pending.size();
+  for (Ky_List::Cell* rest = list.getFirst(); rest != nullptr || pending.size() > base;) {
+    if (pending.size() == base) rest = PushRun(rest, pending);
+    Ky_List::Cell* cell = pending.back();
+    pending.pop_back();
+    auto* attribute = static_cast<KyXmlAttributeI*>(cell->getValue());
+    ReleaseCell(list, cell);
+    delete attribute;
+  }
+}
+
+}  // namespace
+
 void KyXmlDeleteNodes(Ky_List& nodes) {
-  // The elements whose children are being deleted, each with the place to go on from
-  // in its parent's list once it is done.
+  // The elements whose children are being deleted, each with its parent's list, the
+  // start of that list's pending cells and the cells after its current run.
   struct Level {
-    KyXmlElement* parent;
-    Ky_List::Cell* next;
+    KyXmlElement* element;
+    Ky_List* list;
+    std::size_t base;
+    Ky_List::Cell* rest;
   };
   std::vector<Level> levels;
-  KyXmlElement* parent = nullptr;
-  Ky_List::Cell* next = nodes.getFirst();
+  std::vector<Ky_List::Cell*> pending;
+  Level level{nullptr, &nodes, 0, nodes.getFirst()};
   for (;;) {
-    if (next == nullptr) {
+    if (pending.size() == level.base) {
+      if (level.rest != nullptr) {
+        level.rest = PushRun(level.rest, pending);
+        continue;
+      }
       if (levels.empty()) break;
-      parent->getChildren().empty();
-      delete parent;
-      parent = levels.back().parent;
-      next = levels.back().next;
+      // Attributes of a derived element stay for its own destructor, which may use them.
+      if (&typeid(*level.element) == &typeid(KyXmlElement)) DeleteAttributes(level.element, pending);
+      delete level.element;
+      level = levels.back();
       levels.pop_back();
       continue;
     }
-    auto* node = static_cast<KyXmlNodeI*>(next->getValue());
-    next = next->getNext();
-    if (node == nullptr) continue;
-    auto* element = node->getType() == KyXmlNodeI::Element ? dynamic_cast<KyXmlElement*>(node) : nullptr;
-    if (element != nullptr && element->getChildren().getFirst() != nullptr) {
-      levels.push_back({parent, next});
-      parent = element;
-      next = element->getChildren().getFirst();
+    Ky_List::Cell* cell = pending.back();
+    pending.pop_back();
+    auto* node = static_cast<KyXmlNodeI*>(cell->getValue());
+    ReleaseCell(*level.list, cell);
+    auto* child = node != nullptr && node->getType() == KyXmlNodeI::Element ? dynamic_cast<KyXmlElement*>(node) : nullptr;
+    if (child != nullptr) {
+      levels.push_back(level);
+      level = Level{child, &child->getChildren(), pending.size(), child->getChildren().getFirst()};
       continue;
     }
     delete node;
   }
-  nodes.empty();
 }
 
 KyXmlNodeI::~KyXmlNodeI() = default;
@@ -161,18 +235,33 @@ KY_XML_NODE_MEMORY(KyXmlCharRef)
 KyXmlAttribute::KyXmlAttribute(const char* name, const char* value)
     : name(KyXmlCopyText(name)), value(KyXmlCopyText(value)) {}
 
+KyXmlAttribute::KyXmlAttribute(const KyXmlAttribute& other) : KyXmlAttributeI(other) {
+  std::memcpy(local, other.local, sizeof local);
+  name = KyXmlCopiedText(other.name, other.local, local, sizeof local);
+  value = KyXmlCopiedText(other.value, other.local, local, sizeof local);
+}
+
+KyXmlAttribute& KyXmlAttribute::operator=(const KyXmlAttribute& other) {
+  if (this == &other) return *this;
+  KyXmlAttributeI::operator=(other);
+  std::memcpy(local, other.local, sizeof local);
+  name = KyXmlCopiedText(other.name, other.local, local, sizeof local);
+  value = KyXmlCopiedText(other.value, other.local, local, sizeof local);
+  return *this;
+}
+
 KyXmlAttribute::~KyXmlAttribute() {
-  delete[] name;
-  delete[] value;
+  KyXmlFreeText(value, local, sizeof local);
+  KyXmlFreeText(name, local, sizeof local);
 }
 
 void KyXmlAttribute::storeName(char* newName) {
-  delete[] name;
+  KyXmlFreeText(name, local, sizeof local);
   name = newName;
 }
 
 void KyXmlAttribute::storeValue(char* newValue) {
-  delete[] value;
+  KyXmlFreeText(value, local, sizeof local);
   value = newValue;
 }
 
@@ -183,10 +272,23 @@ void KyXmlComment::storeComment(char* newText) {
   text = newText;
 }
 
-KyXmlText::~KyXmlText() { delete[] text; }
+KyXmlText::KyXmlText(const KyXmlText& other) : KyXmlTextI(other) {
+  std::memcpy(local, other.local, sizeof local);
+  text = KyXmlCopiedText(other.text, other.local, local, sizeof local);
+}
+
+KyXmlText& KyXmlText::operator=(const KyXmlText& other) {
+  if (this == &other) return *this;
+  KyXmlTextI::operator=(other);
+  std::memcpy(local, other.local, sizeof local);
+  text = KyXmlCopiedText(other.text, other.local, local, sizeof local);
+  return *this;
+}
+
+KyXmlText::~KyXmlText() { KyXmlFreeText(text, local, sizeof local); }
 
 void KyXmlText::storeText(char* newText) {
-  delete[] text;
+  KyXmlFreeText(text, local, sizeof local);
   text = newText;
 }
 
@@ -201,7 +303,7 @@ void KyXmlText::appendText(const char* more) {
   char* joined = new char[oldSize + moreSize + 1];
   std::memcpy(joined, text, oldSize);
   std::memcpy(joined + oldSize, more, moreSize + 1);
-  delete[] text;
+  KyXmlFreeText(text, local, sizeof local);
   text = joined;
 }
 
@@ -221,7 +323,21 @@ void KyXmlPI::storeData(char* newData) {
   data = newData;
 }
 
-KyXmlCharRef::~KyXmlCharRef() { delete[] name; }
+KyXmlCharRef::KyXmlCharRef(const KyXmlCharRef& other) : KyXmlCharRefI(other), code(other.code) {
+  std::memcpy(local, other.local, sizeof local);
+  name = KyXmlCopiedText(other.name, other.local, local, sizeof local);
+}
+
+KyXmlCharRef& KyXmlCharRef::operator=(const KyXmlCharRef& other) {
+  if (this == &other) return *this;
+  KyXmlCharRefI::operator=(other);
+  code = other.code;
+  std::memcpy(local, other.local, sizeof local);
+  name = KyXmlCopiedText(other.name, other.local, local, sizeof local);
+  return *this;
+}
+
+KyXmlCharRef::~KyXmlCharRef() { KyXmlFreeText(name, local, sizeof local); }
 
 void KyXmlCharRef::setRefCode(int newCode) {
   storeRefName(nullptr);
@@ -229,7 +345,7 @@ void KyXmlCharRef::setRefCode(int newCode) {
 }
 
 void KyXmlCharRef::storeRefName(char* newName) {
-  delete[] name;
+  KyXmlFreeText(name, local, sizeof local);
   name = newName;
   code = -1;
 }
@@ -238,8 +354,25 @@ void KyXmlCharRef::storeRefName(char* newName) {
 
 KyXmlElement::KyXmlElement(const char* tag) : tag(KyXmlCopyText(tag)) {}
 
+KyXmlElement::KyXmlElement(const KyXmlElement& other)
+    : KyXmlElementI(other), children(other.children), attributes(other.attributes), preserve(other.preserve) {
+  std::memcpy(local, other.local, sizeof local);
+  tag = KyXmlCopiedText(other.tag, other.local, local, sizeof local);
+}
+
+KyXmlElement& KyXmlElement::operator=(const KyXmlElement& other) {
+  if (this == &other) return *this;
+  KyXmlElementI::operator=(other);
+  children = other.children;
+  attributes = other.attributes;
+  preserve = other.preserve;
+  std::memcpy(local, other.local, sizeof local);
+  tag = KyXmlCopiedText(other.tag, other.local, local, sizeof local);
+  return *this;
+}
+
 KyXmlElement::~KyXmlElement() {
-  delete[] tag;
+  KyXmlFreeText(tag, local, sizeof local);
   for (Ky_List::Cell* cell = attributes.getFirst(); cell != nullptr; cell = cell->getNext())
     delete static_cast<KyXmlAttributeI*>(cell->getValue());
   attributes.empty();
@@ -247,7 +380,7 @@ KyXmlElement::~KyXmlElement() {
 }
 
 void KyXmlElement::storeTag(char* newTag) {
-  delete[] tag;
+  KyXmlFreeText(tag, local, sizeof local);
   tag = newTag;
 }
 

@@ -6,16 +6,23 @@
 // A store... operation takes ownership of the array it is given; a set... operation
 // copies its argument (a null or empty text becomes null) and hands the copy to the
 // matching store..., so a subclass that overrides only store... sees every change.
+// The reader keeps a short tag, name, value or text of its own concrete nodes in a
+// buffer inside the node instead of an array: such a text is never handed to
+// delete[], and storing another text over it simply leaves the buffer unused.
 // An element owns its attributes and children, and deletes them when it dies; a tree
 // of plain KyXmlElement nodes of any depth is torn down and written without deep
 // recursion (a child element's own children are deleted just before it, so its
-// destructor finds its list of children empty).
+// destructor finds its list of children empty). Destructors run in list order, except
+// in runs of the library's own node classes, which are deleted from the end of the run:
+// memory goes back in the reverse order of its taking, so the next tree is built in
+// the same order through memory as this one.
 // KyXmlPI never frees its target: whoever stores a target keeps the duty to free it.
 // The concrete leaves (attribute, text, comment, CDATA, instruction, reference) take
 // their memory from KyMemoryManager; operator new fails with std::bad_alloc.
 //
-// Copying a node copies its fields member by member: texts and lists are shared, so
-// at most one of the copies may be destroyed.
+// Copying a node copies its fields member by member, except that a text kept inside
+// the node is copied into the copy: texts held in arrays and lists are shared, so at
+// most one of the copies may be destroyed.
 //
 // Failure: lookups give null; nothing else is reported. Threads: a tree belongs to one
 // thread at a time; the indentation statics of KyXmlElementI are process-wide.
@@ -233,10 +240,10 @@ class KY_EXPORT KyXmlAttribute : public KyXmlAttributeI {
  public:
   /// An attribute holding copies of `name` and `value`.
   explicit KyXmlAttribute(const char* name = nullptr, const char* value = nullptr);
-  /// Shares the texts.
-  KyXmlAttribute(const KyXmlAttribute&) = default;
-  /// Shares the texts.
-  KyXmlAttribute& operator=(const KyXmlAttribute&) = default;
+  /// Shares the texts held in arrays; a short text kept inside the node is copied.
+  KyXmlAttribute(const KyXmlAttribute& other);
+  /// Shares the texts held in arrays; a short text kept inside the node is copied.
+  KyXmlAttribute& operator=(const KyXmlAttribute& other);
   /// Frees both texts.
   ~KyXmlAttribute() override;
 
@@ -251,8 +258,10 @@ class KY_EXPORT KyXmlAttribute : public KyXmlAttributeI {
   void storeValue(char* newValue) override;
 
  private:
+  friend class KyXmlParser;
   char* name;
   char* value;
+  char local[24];
 };
 
 /// A comment keeping its text.
@@ -284,10 +293,10 @@ class KY_EXPORT KyXmlText : public KyXmlTextI {
  public:
   /// An empty text.
   KyXmlText() = default;
-  /// Shares the text.
-  KyXmlText(const KyXmlText&) = default;
-  /// Shares the text.
-  KyXmlText& operator=(const KyXmlText&) = default;
+  /// Shares a text held in an array; a short text kept inside the node is copied.
+  KyXmlText(const KyXmlText& other);
+  /// Shares a text held in an array; a short text kept inside the node is copied.
+  KyXmlText& operator=(const KyXmlText& other);
   /// Frees the text.
   ~KyXmlText() override;
 
@@ -302,7 +311,9 @@ class KY_EXPORT KyXmlText : public KyXmlTextI {
   void appendText(const char* more) override;
 
  private:
+  friend class KyXmlParser;
   char* text = nullptr;
+  char local[16];
 };
 
 /// A CDATA section keeping its data.
@@ -363,10 +374,10 @@ class KY_EXPORT KyXmlCharRef : public KyXmlCharRefI {
  public:
   /// A reference of code 0 and no name.
   KyXmlCharRef() = default;
-  /// Shares the name.
-  KyXmlCharRef(const KyXmlCharRef&) = default;
-  /// Shares the name.
-  KyXmlCharRef& operator=(const KyXmlCharRef&) = default;
+  /// Shares a name held in an array; a short name kept inside the node is copied.
+  KyXmlCharRef(const KyXmlCharRef& other);
+  /// Shares a name held in an array; a short name kept inside the node is copied.
+  KyXmlCharRef& operator=(const KyXmlCharRef& other);
   /// Frees the name.
   ~KyXmlCharRef() override;
 
@@ -381,8 +392,10 @@ class KY_EXPORT KyXmlCharRef : public KyXmlCharRefI {
   void storeRefName(char* newName) override;
 
  private:
+  friend class KyXmlParser;
   int code = 0;
   char* name = nullptr;
+  char local[8];
 };
 
 /// An element keeping its tag, attributes and children in lists.
@@ -390,11 +403,14 @@ class KY_EXPORT KyXmlElement : public KyXmlElementI {
  public:
   /// An element with a copy of `tag`.
   explicit KyXmlElement(const char* tag = nullptr);
-  /// Shares the tag and the lists.
-  KyXmlElement(const KyXmlElement&) = default;
-  /// Shares the tag and the lists.
-  KyXmlElement& operator=(const KyXmlElement&) = default;
-  /// Frees the tag, deletes the attributes, then the children, in list order.
+  /// Shares the lists and a tag held in an array; a short tag kept inside the node is
+  /// copied.
+  KyXmlElement(const KyXmlElement& other);
+  /// Shares the lists and a tag held in an array; a short tag kept inside the node is
+  /// copied.
+  KyXmlElement& operator=(const KyXmlElement& other);
+  /// Frees the tag, deletes the attributes and the children (see the family page for
+  /// the order).
   ~KyXmlElement() override;
 
   const char* getTag() const override { return tag; }
@@ -422,7 +438,9 @@ class KY_EXPORT KyXmlElement : public KyXmlElementI {
   KyXmlElement* getElement(const char* tag, KyXmlNodeI* after) const;
 
  private:
+  friend class KyXmlParser;
   char* tag;
+  char local[16];
   KyKyXmlNodeIList children;
   KyKyXmlAttributeIList attributes;
   bool preserve = false;

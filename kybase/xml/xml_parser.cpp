@@ -11,6 +11,7 @@
 #include "kybase/xml/xml_error.h"
 #include "kybase/xml/xml_node.h"
 #include "kybase/xml/xml_parser_internal.h"
+#include "kybase/xml/xml_text_internal.h"
 
 namespace {
 
@@ -76,7 +77,8 @@ void AppendUtf8(std::string& out, const KyXmlUnit* at, const KyXmlUnit* end) {
 
 // Conversions.
 
-char* KyXmlMark::toUtf8(const KyXmlUnit* end, unsigned long skip, std::size_t* size) const {
+char* KyXmlMark::toUtf8(const KyXmlUnit* end, unsigned long skip, std::size_t* size, char* local,
+                        std::size_t room) const {
   if (end < start) return nullptr;
   auto count = static_cast<unsigned long>(end - start);
   if (skip > count) return nullptr;
@@ -87,7 +89,7 @@ char* KyXmlMark::toUtf8(const KyXmlUnit* end, unsigned long skip, std::size_t* s
   while (at < end && *at < 0x80) ++at;
   bytes = static_cast<std::size_t>(at - start);
   for (; at < end; ++at) bytes += *at < 0x80 ? 1 : *at < 0x800 ? 2 : 3;
-  char* text = new char[bytes + 1];
+  char* text = bytes < room ? local : new char[bytes + 1];
   char* last = EncodeUtf8(start, end, text);
   *last = '\0';
   if (size != nullptr) *size = static_cast<std::size_t>(last - text);
@@ -154,7 +156,7 @@ std::size_t KyXmlParser::toUtf16(const unsigned char* bytes, std::size_t count, 
 // The parse, from the constructor.
 
 KyXmlParser::KyXmlParser(std::istream& stream, KyXmlDocumentI* document)
-    : document(document), classes(KyXmlCharClasses()) {
+    : document(document), plainDocument(&typeid(*document) == &typeid(KyXmlDocument)), classes(KyXmlCharClasses()) {
   if (!readFile(stream)) {
     KyXmlError::Set(KyXmlError::kError, KyXmlError::kInvalidDocument, 1);
     document->empty();
@@ -612,14 +614,24 @@ bool KyXmlParser::parseStartTag(KyXmlElementI*& made, bool& emptyTag) {
     return false;
   }
   stepBack();
-  char* tag;
-  if (!parseName(tag)) {
+  KyXmlMark tagMark{cursor};
+  if (!scanName()) {
     fail(KyXmlError::kInvalidTagName);
     stepBack();
     return false;
   }
-  KyXmlElementI* created = element != nullptr ? element->createChildElement(tag) : nullptr;
-  if (created == nullptr) created = document->createElement(tag);
+  KyXmlElementI* created;
+  bool plain = isPlain(element);
+  spaceNamed = false;
+  if (plain) {
+    auto* own = new KyXmlElement;
+    own->storeTag(tagMark.toUtf8(cursor, 0, nullptr, own->local, sizeof own->local));
+    created = own;
+  } else {
+    char* tag = tagMark.toUtf8(cursor, 0);
+    created = element != nullptr ? element->createChildElement(tag) : nullptr;
+    if (created == nullptr) created = document->createElement(tag);
+  }
   if (created == nullptr) {
     fail(KyXmlError::kElementNotCreated);
     return false;
@@ -639,7 +651,9 @@ bool KyXmlParser::parseStartTag(KyXmlElementI*& made, bool& emptyTag) {
       return false;
     }
   }
-  KyXmlAttributeI* space = created->getAttribute("xml:space");
+  // A plain element answers the question from the attributes read here: without one of
+  // that name the answer is known.
+  KyXmlAttributeI* space = !plain || spaceNamed ? created->getAttribute("xml:space") : nullptr;
   if (space != nullptr && space->getValue() != nullptr && std::strcmp(space->getValue(), "preserve") == 0)
     created->preserveWhiteSpaces(true);
   skipSpace();
@@ -658,37 +672,56 @@ bool KyXmlParser::parseStartTag(KyXmlElementI*& made, bool& emptyTag) {
 }
 
 bool KyXmlParser::parseAttribute(KyXmlElementI* owner) {
-  char* name;
-  if (!parseName(name)) return false;
+  KyXmlMark nameMark{cursor};
+  if (!scanName()) return false;
+  const KyXmlUnit* nameEnd = cursor;
   skipSpace();
   if (nextChar() != '=') {
     stepBack();
-    delete[] name;
     fail(KyXmlError::kEqualSignExpected);
     return false;
   }
   skipSpace();
-  char* value;
-  if (!parseAttValue(value)) {
-    delete[] name;
+  KyXmlMark valueMark{nullptr};
+  bool resolved = false;
+  if (!parseAttValue(valueMark.start, resolved)) {
     if (!KyXmlError::IsSet()) fail(KyXmlError::kInvalidAttributeValue);
     return false;
   }
-  owner->storeAttribute(document, name, value);
+  if (!isPlain(owner)) {
+    char* value = resolved ? KyXmlPlaceText(valueText.data(), valueText.size(), nullptr, 0)
+                           : valueMark.toUtf8(cursor, 1);
+    owner->storeAttribute(document, nameMark.toUtf8(nameEnd, 0), value);
+    return true;
+  }
+  // What storeAttribute does for these classes, with the texts in the attribute's own
+  // buffer: the name first, the value behind it.
+  auto* attribute = new KyXmlAttribute;
+  std::size_t used = 0;
+  attribute->name = nameMark.toUtf8(nameEnd, 0, &used, attribute->local, sizeof attribute->local);
+  std::size_t taken = attribute->name == attribute->local ? used + 1 : 0;
+  char* rest = attribute->local + taken;
+  std::size_t room = sizeof attribute->local - taken;
+  attribute->value = resolved ? KyXmlPlaceText(valueText.data(), valueText.size(), rest, room)
+                              : valueMark.toUtf8(cursor, 1, nullptr, rest, room);
+  spaceNamed = spaceNamed || std::strcmp(attribute->name, "xml:space") == 0;
+  document->attributeAdded(owner, attribute);
+  owner->addAttribute(attribute);
   return true;
 }
 
-bool KyXmlParser::parseAttValue(char*& value) {
-  value = nullptr;
+// Reads a quoted value. Without a known reference in it, its text is the run from `run`
+// to the closing quote; with one, the decoded text is left in valueText.
+bool KyXmlParser::parseAttValue(const KyXmlUnit*& run, bool& resolved) {
+  resolved = false;
   KyXmlUnit quote = nextChar();
   if (!IsQuote(quote)) {
     stepBack();
     return false;
   }
-  KyXmlMark run{cursor};
+  run = cursor;
   // Text of the runs before resolved references, with one byte per reference.
   valueText.clear();
-  bool resolved = false;
   for (;;) {
     KyXmlUnit unit = nextChar();
     if (unit == quote) break;
@@ -714,19 +747,12 @@ bool KyXmlParser::parseAttValue(char*& value) {
     delete reference;
     // An unknown reference stays in the value as the text it was.
     if (code == kUnknownReference) continue;
-    AppendUtf8(valueText, run.start, at);
+    AppendUtf8(valueText, run, at);
     valueText.push_back(static_cast<char>(code & 0xFF));
     resolved = true;
-    run.start = cursor;
+    run = cursor;
   }
-  if (!resolved) {
-    value = run.toUtf8(cursor, 1);
-    return true;
-  }
-  AppendUtf8(valueText, run.start, cursor - 1);
-  value = new char[valueText.size() + 1];
-  std::memcpy(value, valueText.data(), valueText.size());
-  value[valueText.size()] = '\0';
+  if (resolved) AppendUtf8(valueText, run, cursor - 1);
   return true;
 }
 
@@ -771,23 +797,22 @@ KyXmlParser::ContentEnd KyXmlParser::parseContent(KyXmlMark& mark) {
 }
 
 void KyXmlParser::flushText(const KyXmlMark& mark) {
-  if (mark.start == cursor) return;
-  char* text = mark.toUtf8(cursor, 0);
-  if (text != nullptr && *text != '\0') {
-    if (KyXmlTextI* node = document->createText()) {
-      // For the library's own text node, setText would only copy the array and store
-      // the copy: the array is stored as it is.
-      if (typeid(*node) == typeid(KyXmlText)) {
-        node->storeText(text);
-        text = nullptr;
-      } else {
-        node->setText(text);
-      }
-      document->textAdded(node);
-      attach(node);
-    }
+  // A run that starts with a zero unit makes an empty text, and no node.
+  if (mark.start == cursor || *mark.start == 0) return;
+  KyXmlTextI* node = document->createText();
+  if (node == nullptr) return;
+  // For the library's own text node, setText would only copy the text and store the
+  // copy: the text is written straight into the node.
+  if (&typeid(*node) == &typeid(KyXmlText)) {
+    auto* own = static_cast<KyXmlText*>(node);
+    own->storeText(mark.toUtf8(cursor, 0, nullptr, own->local, sizeof own->local));
+  } else {
+    char* text = mark.toUtf8(cursor, 0);
+    node->setText(text);
+    delete[] text;
   }
-  delete[] text;
+  document->textAdded(node);
+  attach(node);
 }
 
 bool KyXmlParser::contentReference() {
@@ -805,7 +830,12 @@ bool KyXmlParser::contentReference() {
   if ((code & 0xFF) != 0) {
     const char byte[2] = {static_cast<char>(code & 0xFF), '\0'};
     if (KyXmlTextI* text = document->createText()) {
-      text->setText(byte);
+      if (&typeid(*text) == &typeid(KyXmlText)) {
+        auto* own = static_cast<KyXmlText*>(text);
+        own->storeText(KyXmlPlaceText(byte, 1, own->local, sizeof own->local));
+      } else {
+        text->setText(byte);
+      }
       document->textAdded(text);
       attach(text);
     }
@@ -847,16 +877,18 @@ bool KyXmlParser::parseReference(KyXmlCharRefI*& reference) {
     return true;
   }
   stepBack();
-  char* name;
-  if (!parseName(name)) {
+  KyXmlMark nameMark{cursor};
+  if (!scanName()) {
     fail(KyXmlError::kInvalidCharRefDeclaration);
     return false;
   }
   reference = document->createCharRef();
-  if (reference != nullptr)
-    reference->storeRefName(name);
-  else
-    delete[] name;
+  if (reference != nullptr && &typeid(*reference) == &typeid(KyXmlCharRef)) {
+    auto* own = static_cast<KyXmlCharRef*>(reference);
+    own->storeRefName(nameMark.toUtf8(cursor, 0, nullptr, own->local, sizeof own->local));
+  } else if (reference != nullptr) {
+    reference->storeRefName(nameMark.toUtf8(cursor, 0));
+  }
   if (!expectChar(';')) {
     delete reference;
     reference = nullptr;
@@ -877,11 +909,10 @@ int KyXmlParser::resolveCharRef(KyXmlCharRefI* reference) const {
     if (size == 5) return kUnknownReference;
     folded[size] = Lower(static_cast<unsigned char>(name[size]));
   }
-  folded[size] = '\0';
-  if (std::strcmp(folded, "gt") == 0) return '>';
-  if (std::strcmp(folded, "lt") == 0) return '<';
-  if (std::strcmp(folded, "amp") == 0) return '&';
-  if (std::strcmp(folded, "quote") == 0) return '\'';
+  if (size == 2 && folded[1] == 't' && folded[0] == 'g') return '>';
+  if (size == 2 && folded[1] == 't' && folded[0] == 'l') return '<';
+  if (size == 3 && std::memcmp(folded, "amp", 3) == 0) return '&';
+  if (size == 5 && std::memcmp(folded, "quote", 5) == 0) return '\'';
   return kUnknownReference;
 }
 
@@ -892,11 +923,8 @@ bool KyXmlParser::parseEndTag(KyXmlElementI* closing) {
     fail(KyXmlError::kInvalidTagName);
     return false;
   }
-  // The name is compared in UTF-8 in a scratch buffer: it is not kept.
-  scratch.clear();
-  AppendUtf8(scratch, mark.start, cursor);
   const char* tag = closing->getTag();
-  if (tag == nullptr || std::strcmp(tag, scratch.c_str()) != 0) {
+  if (tag == nullptr || !spells(mark.start, cursor, tag)) {
     fail(KyXmlError::kEndTagNotMatched);
     return false;
   }
@@ -1000,6 +1028,23 @@ bool KyXmlParser::scanName() {
   }
   stepBack();
   return true;
+}
+
+bool KyXmlParser::spells(const KyXmlUnit* at, const KyXmlUnit* to, const char* text) {
+  // ASCII units compare with the bytes one for one; the name is not kept, so any other
+  // is brought to UTF-8 in a scratch buffer.
+  const KyXmlUnit* from = at;
+  const char* byte = text;
+  for (; at < to && *at < 0x80; ++at, ++byte)
+    if (static_cast<unsigned char>(*byte) != *at) return false;
+  if (at == to) return *byte == '\0';
+  scratch.clear();
+  AppendUtf8(scratch, from, to);
+  return std::strcmp(text, scratch.c_str()) == 0;
+}
+
+bool KyXmlParser::isPlain(const KyXmlElementI* parent) const {
+  return plainDocument && (parent == nullptr || &typeid(*parent) == &typeid(KyXmlElement));
 }
 
 bool KyXmlParser::parseName(char*& name) {

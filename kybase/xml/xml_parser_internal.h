@@ -30,10 +30,12 @@ typedef std::uint16_t __attribute__((may_alias)) KyXmlUnit;
 // The start of a run of units; toUtf8 turns the run up to `end`, less its last `skip`
 // units, into a new UTF-8 array from new[]: null when `skip` exceeds the run (or the
 // run is reversed), an empty string when nothing remains. The byte count goes to
-// `size` when given.
+// `size` when given. A text that fits `room` bytes with its terminator is written in
+// `local` instead: a node's own buffer.
 struct KyXmlMark {
   const KyXmlUnit* start;
-  char* toUtf8(const KyXmlUnit* end, unsigned long skip, std::size_t* size = nullptr) const;
+  char* toUtf8(const KyXmlUnit* end, unsigned long skip, std::size_t* size = nullptr, char* local = nullptr,
+               std::size_t room = 0) const;
 };
 
 class KyXmlParser {
@@ -86,7 +88,7 @@ class KyXmlParser {
   bool parseElement();
   bool parseStartTag(KyXmlElementI*& element, bool& emptyTag);
   bool parseAttribute(KyXmlElementI* element);
-  bool parseAttValue(char*& value);
+  bool parseAttValue(const KyXmlUnit*& run, bool& resolved);
   ContentEnd parseContent(KyXmlMark& mark);
   bool afterChild(bool attached, KyXmlMark& mark);
   bool parseEndTag(KyXmlElementI* element);
@@ -100,8 +102,16 @@ class KyXmlParser {
   bool parsePI();
   bool scanName();
   bool parseName(char*& name);
+  // True when the element would be a plain KyXmlElement built by the document's own
+  // create... operations: the reader then fills it, and its attributes, in place.
+  bool isPlain(const KyXmlElementI* parent) const;
+  // True when the units [at, to) are `text` in UTF-8.
+  bool spells(const KyXmlUnit* at, const KyXmlUnit* to, const char* text);
 
   KyXmlDocumentI* document;
+  // The document is a KyXmlDocument itself: its create... operations make the
+  // library's own nodes, without a factory.
+  bool plainDocument;
   KyMemoryPoolBlock* block = nullptr;
   KyXmlUnit* buffer = nullptr;
   std::uint32_t length = 0;
@@ -117,6 +127,8 @@ class KyXmlParser {
   // Set when an instruction runs to the true end of the text: the read then ends with
   // an empty document, after the root as well.
   bool truncated = false;
+  // Set when the plain element being read got an attribute named "xml:space".
+  bool spaceNamed = false;
   std::vector<OpenElement> open;
   // Elements whose end tag never came: attached nowhere, deleted with the parser.
   std::vector<KyXmlElementI*> orphans;
