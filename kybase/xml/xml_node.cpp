@@ -31,16 +31,9 @@ namespace {
 bool IsOwnNode(const KyXmlNodeI* node) {
   if (node == nullptr) return true;
   const std::type_info* type = &typeid(*node);
-  switch (node->getType()) {
-    case KyXmlNodeI::Attribute: return type == &typeid(KyXmlAttribute);
-    case KyXmlNodeI::Element: return type == &typeid(KyXmlElement);
-    case KyXmlNodeI::Text: return type == &typeid(KyXmlText);
-    case KyXmlNodeI::Comment: return type == &typeid(KyXmlComment);
-    case KyXmlNodeI::CData: return type == &typeid(KyXmlCData);
-    case KyXmlNodeI::PI: return type == &typeid(KyXmlPI);
-    case KyXmlNodeI::CharRef: return type == &typeid(KyXmlCharRef);
-  }
-  return false;
+  return type == &typeid(KyXmlText) || type == &typeid(KyXmlElement) || type == &typeid(KyXmlAttribute) ||
+         type == &typeid(KyXmlCharRef) || type == &typeid(KyXmlComment) || type == &typeid(KyXmlCData) ||
+         type == &typeid(KyXmlPI);
 }
 
 // Releases one cell taken from the chain of `list`: the list's first cell through the
@@ -65,12 +58,15 @@ constexpr int kRun = 256;
 // `pending` gives them in deletion order; returns the cell after the run.
 Ky_List::Cell* PushRun(Ky_List::Cell* cell, std::vector<Ky_List::Cell*>& pending) {
   std::size_t base = pending.size();
-  bool own = true;
+  // The nodes are fetched while the chain is walked, and looked at after it.
   for (int taken = 0; cell != nullptr && taken < kRun; ++taken, cell = cell->getNext()) {
     pending.push_back(cell);
-    own = own && IsOwnNode(static_cast<KyXmlNodeI*>(cell->getValue()));
+    __builtin_prefetch(cell->getValue());
   }
-  if (!own) std::reverse(pending.begin() + static_cast<std::ptrdiff_t>(base), pending.end());
+  auto first = pending.begin() + static_cast<std::ptrdiff_t>(base);
+  bool own = std::all_of(first, pending.end(),
+                         [](Ky_List::Cell* taken) { return IsOwnNode(static_cast<KyXmlNodeI*>(taken->getValue())); });
+  if (!own) std::reverse(first, pending.end());
   return cell;
 }
 
@@ -119,7 +115,9 @@ void KyXmlDeleteNodes(Ky_List& nodes) {
     pending.pop_back();
     auto* node = static_cast<KyXmlNodeI*>(cell->getValue());
     ReleaseCell(*level.list, cell);
-    auto* child = node != nullptr && node->getType() == KyXmlNodeI::Element ? dynamic_cast<KyXmlElement*>(node) : nullptr;
+    KyXmlElement* child = nullptr;
+    if (node != nullptr && node->getType() == KyXmlNodeI::Element)
+      child = &typeid(*node) == &typeid(KyXmlElement) ? static_cast<KyXmlElement*>(node) : dynamic_cast<KyXmlElement*>(node);
     if (child != nullptr) {
       levels.push_back(level);
       level = Level{child, &child->getChildren(), pending.size(), child->getChildren().getFirst()};

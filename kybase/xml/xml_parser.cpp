@@ -44,6 +44,16 @@ char Lower(unsigned unit) { return static_cast<char>(unit >= 'A' && unit <= 'Z' 
 // range is one scalar; a lone surrogate is encoded by itself.
 char* EncodeUtf8(const KyXmlUnit* at, const KyXmlUnit* end, char* out) {
   while (at < end) {
+    // Runs of ASCII, the common case, eight units at a time.
+    while (end - at >= 8) {
+      unsigned any = 0;
+      for (int i = 0; i < 8; ++i) any |= at[i];
+      if (any >= 0x80) break;
+      for (int i = 0; i < 8; ++i) out[i] = static_cast<char>(at[i]);
+      at += 8;
+      out += 8;
+    }
+    if (at == end) break;
     std::uint32_t scalar = *at++;
     if (scalar < 0x80) {
       *out++ = static_cast<char>(scalar);
@@ -704,7 +714,7 @@ bool KyXmlParser::parseAttribute(KyXmlElementI* owner) {
   std::size_t room = sizeof attribute->local - taken;
   attribute->value = resolved ? KyXmlPlaceText(valueText.data(), valueText.size(), rest, room)
                               : valueMark.toUtf8(cursor, 1, nullptr, rest, room);
-  spaceNamed = spaceNamed || std::strcmp(attribute->name, "xml:space") == 0;
+  spaceNamed = spaceNamed || (attribute->name[0] == 'x' && std::strcmp(attribute->name, "xml:space") == 0);
   document->attributeAdded(owner, attribute);
   owner->addAttribute(attribute);
   return true;
