@@ -754,7 +754,7 @@ bool KyXmlParser::parseAttValue(const KyXmlUnit*& run, bool& resolved) {
       continue;
     }
     int code = reference != nullptr ? resolveCharRef(reference) : kUnknownReference;
-    delete reference;
+    dropReference(reference);
     // An unknown reference stays in the value as the text it was.
     if (code == kUnknownReference) continue;
     AppendUtf8(valueText, run, at);
@@ -831,6 +831,7 @@ bool KyXmlParser::contentReference() {
   if (reference == nullptr) return true;
   int code = resolveCharRef(reference);
   if (code == kUnknownReference) {
+    reference = keepReference(reference);
     document->charRefAdded(reference);
     attach(reference);
     return true;
@@ -850,8 +851,29 @@ bool KyXmlParser::contentReference() {
       attach(text);
     }
   }
-  delete reference;
+  dropReference(reference);
   return true;
+}
+
+KyXmlCharRefI* KyXmlParser::makeReference() const {
+  if (!plainDocument) return document->createCharRef();
+  // The document would make a KyXmlCharRef that the reader deletes at once unless the
+  // reference is unknown: the parser's own one serves until then.
+  return &scratchReference;
+}
+
+KyXmlCharRefI* KyXmlParser::keepReference(KyXmlCharRefI* reference) {
+  if (reference != &scratchReference) return reference;
+  auto* kept = new KyXmlCharRef;
+  if (const char* name = scratchReference.getRefName())
+    kept->storeRefName(KyXmlPlaceText(name, std::strlen(name), kept->local, sizeof kept->local));
+  else
+    kept->setRefCode(scratchReference.getRefCode());
+  return kept;
+}
+
+void KyXmlParser::dropReference(KyXmlCharRefI* reference) {
+  if (reference != &scratchReference) delete reference;
 }
 
 bool KyXmlParser::parseReference(KyXmlCharRefI*& reference) {
@@ -882,7 +904,7 @@ bool KyXmlParser::parseReference(KyXmlCharRefI*& reference) {
       fail(KyXmlError::kInvalidCharRefDeclaration);
       return false;
     }
-    reference = document->createCharRef();
+    reference = makeReference();
     if (reference != nullptr) reference->setRefCode(static_cast<int>(value));
     return true;
   }
@@ -892,7 +914,7 @@ bool KyXmlParser::parseReference(KyXmlCharRefI*& reference) {
     fail(KyXmlError::kInvalidCharRefDeclaration);
     return false;
   }
-  reference = document->createCharRef();
+  reference = makeReference();
   if (reference != nullptr && &typeid(*reference) == &typeid(KyXmlCharRef)) {
     auto* own = static_cast<KyXmlCharRef*>(reference);
     own->storeRefName(nameMark.toUtf8(cursor, 0, nullptr, own->local, sizeof own->local));
@@ -900,7 +922,7 @@ bool KyXmlParser::parseReference(KyXmlCharRefI*& reference) {
     reference->storeRefName(nameMark.toUtf8(cursor, 0));
   }
   if (!expectChar(';')) {
-    delete reference;
+    dropReference(reference);
     reference = nullptr;
     fail(KyXmlError::kInvalidCharRefDeclaration);
     return false;

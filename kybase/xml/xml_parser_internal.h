@@ -16,12 +16,9 @@
 #include <vector>
 
 #include "kybase/core/memory_pool.h"
+#include "kybase/xml/xml_node.h"
 
-class KyXmlAttributeI;
-class KyXmlCharRefI;
 class KyXmlDocumentI;
-class KyXmlElementI;
-class KyXmlNodeI;
 
 // One code unit of the buffer. The buffer is a character pool block read as bytes,
 // hence the aliasing permission.
@@ -96,6 +93,11 @@ class KyXmlParser {
   void flushText(const KyXmlMark& mark);
   bool contentReference();
   bool parseReference(KyXmlCharRefI*& reference);
+  // A reference node to fill: the document's, or for a plain document the parser's
+  // own, which keepReference turns into a node of the tree and dropReference leaves.
+  KyXmlCharRefI* makeReference() const;
+  KyXmlCharRefI* keepReference(KyXmlCharRefI* reference);
+  void dropReference(KyXmlCharRefI* reference);
   int resolveCharRef(KyXmlCharRefI* reference) const;
   bool parseComment();
   bool parseCData();
@@ -132,6 +134,7 @@ class KyXmlParser {
   std::vector<OpenElement> open;
   // Elements whose end tag never came: attached nowhere, deleted with the parser.
   std::vector<KyXmlElementI*> orphans;
+  mutable KyXmlCharRef scratchReference;
   std::string valueText;
   std::string scratch;
 };
