@@ -233,11 +233,8 @@ KY_XML_NODE_MEMORY(KyXmlCharRef)
 KyXmlAttribute::KyXmlAttribute(const char* name, const char* value)
     : name(KyXmlCopyText(name)), value(KyXmlCopyText(value)) {}
 
-KyXmlAttribute::KyXmlAttribute(const KyXmlAttribute& other) : KyXmlAttributeI(other) {
-  std::memcpy(local, other.local, sizeof local);
-  name = KyXmlCopiedText(other.name, other.local, local, sizeof local);
-  value = KyXmlCopiedText(other.value, other.local, local, sizeof local);
-}
+// Copies take the node's buffer along, so the copy constructors assign.
+KyXmlAttribute::KyXmlAttribute(const KyXmlAttribute& other) : KyXmlAttributeI(other) { *this = other; }
 
 KyXmlAttribute& KyXmlAttribute::operator=(const KyXmlAttribute& other) {
   if (this == &other) return *this;
@@ -270,10 +267,7 @@ void KyXmlComment::storeComment(char* newText) {
   text = newText;
 }
 
-KyXmlText::KyXmlText(const KyXmlText& other) : KyXmlTextI(other) {
-  std::memcpy(local, other.local, sizeof local);
-  text = KyXmlCopiedText(other.text, other.local, local, sizeof local);
-}
+KyXmlText::KyXmlText(const KyXmlText& other) : KyXmlTextI(other) { *this = other; }
 
 KyXmlText& KyXmlText::operator=(const KyXmlText& other) {
   if (this == &other) return *this;
@@ -321,10 +315,7 @@ void KyXmlPI::storeData(char* newData) {
   data = newData;
 }
 
-KyXmlCharRef::KyXmlCharRef(const KyXmlCharRef& other) : KyXmlCharRefI(other), code(other.code) {
-  std::memcpy(local, other.local, sizeof local);
-  name = KyXmlCopiedText(other.name, other.local, local, sizeof local);
-}
+KyXmlCharRef::KyXmlCharRef(const KyXmlCharRef& other) : KyXmlCharRefI(other) { *this = other; }
 
 KyXmlCharRef& KyXmlCharRef::operator=(const KyXmlCharRef& other) {
   if (this == &other) return *this;
@@ -352,11 +343,7 @@ void KyXmlCharRef::storeRefName(char* newName) {
 
 KyXmlElement::KyXmlElement(const char* tag) : tag(KyXmlCopyText(tag)) {}
 
-KyXmlElement::KyXmlElement(const KyXmlElement& other)
-    : KyXmlElementI(other), children(other.children), attributes(other.attributes), preserve(other.preserve) {
-  std::memcpy(local, other.local, sizeof local);
-  tag = KyXmlCopiedText(other.tag, other.local, local, sizeof local);
-}
+KyXmlElement::KyXmlElement(const KyXmlElement& other) : KyXmlElementI(other) { *this = other; }
 
 KyXmlElement& KyXmlElement::operator=(const KyXmlElement& other) {
   if (this == &other) return *this;
