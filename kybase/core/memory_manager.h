@@ -51,6 +51,9 @@ class KY_EXPORT KyMemoryManager {
       void*& head = freeLists[(size - 1) / 8];
       if (void* cell = head) {
         head = *static_cast<void**>(cell);
+        // The next request of this size takes the new head: fetching it now hides the
+        // wait for a cell last touched when a large structure was given back.
+        __builtin_prefetch(head, 1);
         return cell;
       }
     }
