@@ -39,26 +39,26 @@ bool IsQuote(KyXmlUnit unit) { return unit == '\'' || unit == '"'; }
 
 char Lower(unsigned unit) { return static_cast<char>(unit >= 'A' && unit <= 'Z' ? unit + ('a' - 'A') : unit); }
 
+// The end of the run of ASCII units that starts at `at`, looked at eight at a time.
+const KyXmlUnit* AsciiRunEnd(const KyXmlUnit* at, const KyXmlUnit* end) {
+  while (end - at >= 8) {
+    unsigned any = 0;
+    for (int i = 0; i < 8; ++i) any |= at[i];
+    if (any >= 0x80) break;
+    at += 8;
+  }
+  while (at < end && *at < 0x80) ++at;
+  return at;
+}
+
 // Appends the UTF-8 form of the units [at, end) to `out`, which has room for it;
 // returns the new end of `out`. A high surrogate followed by a low one inside the
 // range is one scalar; a lone surrogate is encoded by itself.
 char* EncodeUtf8(const KyXmlUnit* at, const KyXmlUnit* end, char* out) {
   while (at < end) {
-    // Runs of ASCII, the common case, eight units at a time.
-    while (end - at >= 8) {
-      unsigned any = 0;
-      for (int i = 0; i < 8; ++i) any |= at[i];
-      if (any >= 0x80) break;
-      for (int i = 0; i < 8; ++i) out[i] = static_cast<char>(at[i]);
-      at += 8;
-      out += 8;
-    }
+    for (const KyXmlUnit* ascii = AsciiRunEnd(at, end); at < ascii; ++at) *out++ = static_cast<char>(*at);
     if (at == end) break;
     std::uint32_t scalar = *at++;
-    if (scalar < 0x80) {
-      *out++ = static_cast<char>(scalar);
-      continue;
-    }
     if (scalar >= 0xD800 && scalar <= 0xDBFF && at < end && *at >= 0xDC00 && *at <= 0xDFFF)
       scalar = ((scalar - 0xD800) << 10) + (*at++ - 0xDC00) + 0x10000;
     if (scalar < 0x800) {
@@ -94,13 +94,16 @@ char* KyXmlMark::toUtf8(const KyXmlUnit* end, unsigned long skip, std::size_t* s
   if (skip > count) return nullptr;
   end -= skip;
   // Three bytes per unit cover every form: a pair of units makes four.
-  std::size_t bytes = 0;
-  const KyXmlUnit* at = start;
-  while (at < end && *at < 0x80) ++at;
-  bytes = static_cast<std::size_t>(at - start);
+  const KyXmlUnit* at = AsciiRunEnd(start, end);
+  auto bytes = static_cast<std::size_t>(at - start);
+  const bool ascii = at == end;
   for (; at < end; ++at) bytes += *at < 0x80 ? 1 : *at < 0x800 ? 2 : 3;
   char* text = bytes < room ? local : new char[bytes + 1];
-  char* last = EncodeUtf8(start, end, text);
+  char* last = text + bytes;
+  if (ascii)
+    for (std::size_t i = 0; i < bytes; ++i) text[i] = static_cast<char>(start[i]);
+  else
+    last = EncodeUtf8(start, end, text);
   *last = '\0';
   if (size != nullptr) *size = static_cast<std::size_t>(last - text);
   return text;
@@ -768,6 +771,8 @@ bool KyXmlParser::parseAttValue(const KyXmlUnit*& run, bool& resolved) {
 
 KyXmlParser::ContentEnd KyXmlParser::parseContent(KyXmlMark& mark) {
   for (;;) {
+    // Every unit that stops the scan lies at or below "<": letters run on here.
+    while (cursor < end && *cursor > '<') ++cursor;
     KyXmlUnit unit = nextChar();
     switch (unit) {
       case 0:
