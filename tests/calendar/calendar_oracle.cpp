@@ -27,9 +27,7 @@ enum Mode { kHybrid, kGregorian, kJulian };
 
 // A date of the walk: proleptic year (0 is 1 BC), month from 0, day of the year from 1,
 // day of the week 1 (Sunday) to 7.
-struct Day {
-  long year, month, day, doy, dow;
-};
+struct Day { long year, month, day, doy, dow; };
 
 bool Leap(Mode mode, long year) {
   if (mode == kJulian || (mode == kHybrid && year < 1582)) return year % 4 == 0;

@@ -51,13 +51,8 @@ std::string Show(KyCalendar& c) {
 }
 
 TEST_F(Calendar, TimeToFields) {
-  struct Row {
-    double time;
-    const char* date;
-    long dow, doy, woy, yow, localDow;
-  } rows[] = {
-      {0, "1 1970-01-01 00:00", 5, 1, 1, 1970, 4},
-      {-1, "1 1969-12-31 23:59", 4, 365, 1, 1970, 3},
+  struct Row { double time; const char* date; long dow, doy, woy, yow, localDow; } rows[] = {
+      {0, "1 1970-01-01 00:00", 5, 1, 1, 1970, 4},        {-1, "1 1969-12-31 23:59", 4, 365, 1, 1970, 3},
       {Cal::kPapalCutover, "1 1582-10-15 00:00", 6, 278, 40, 1582, 5},
       {Cal::kPapalCutover - 1, "1 1582-10-04 23:59", 5, 277, 40, 1582, 4},
       {1735603200000.0, "1 2024-12-31 00:00", 3, 366, 1, 2025, 2},
@@ -124,13 +119,7 @@ TEST_F(Calendar, FieldsToTime) {
 }
 
 TEST_F(Calendar, AddAndRoll) {
-  struct Row {
-    bool roll;
-    KyDateFields field;
-    long amount;
-    std::unique_ptr<Cal> start;
-    const char* result;
-  };
+  struct Row { bool roll; KyDateFields field; long amount; std::unique_ptr<Cal> start; const char* result; };
   Row rows[] = {
       {false, kMonth, 1, At(2001, 0, 31), "1 2001-02-28 00:00"},
       {false, kMonth, -14, At(2001, 0, 31), "1 1999-11-30 00:00"},
@@ -231,20 +220,12 @@ TEST_F(Calendar, CopyMovesZeroedFieldsIntoTheSource) {
     EXPECT_FALSE(c->isSet(kWeekOfMonth));  // the low bytes of the fifth stamp went too
     EXPECT_TRUE(c->isSet(kDayOfMonth));
     EXPECT_EQ(c->getTime(s), TimeOf(2024, 4, 15));
-    if (copy) {
-      EXPECT_EQ(copy->getTime(s), TimeOf(2024, 4, 15));
-    }
+    if (copy) { EXPECT_EQ(copy->getTime(s), TimeOf(2024, 4, 15)); }
   }
 }
 
 TEST_F(Calendar, FieldDifference) {
-  struct Row {
-    std::unique_ptr<Cal> start;
-    double when;
-    KyDateFields field;
-    long count;
-    const char* end;
-  } rows[] = {
+  struct Row { std::unique_ptr<Cal> start; double when; KyDateFields field; long count; const char* end; } rows[] = {
       {At(2000, 0, 31), TimeOf(2000, 11, 31), kMonth, 11, "1 2000-12-29 00:00"},
       {At(1900, 0, 31), TimeOf(2000, 0, 31), kMonth, 1200, "1 2000-01-28 00:00"},
       {At(1582, 0, 31), TimeOf(1583, 0, 31), kMonth, 12, "1 1583-01-28 00:00"},
@@ -272,13 +253,10 @@ KyTimeZone* RuleZone(bool southern) {
   auto* zone = new KyTimeZone;
   zone->setRawOffset(3600000);
   zone->setUseDaylight(true);
-  if (southern) {
-    zone->setStartRule(9, 1, KyCalendar::kSunday, 7200000, KyTimeZone::kDayOfWeekInMonthMode, KyTimeZone::kWallTime);
-    zone->setEndRule(3, 1, KyCalendar::kSunday, 10800000, KyTimeZone::kDayOfWeekInMonthMode, KyTimeZone::kWallTime);
-  } else {
-    zone->setStartRule(2, -1, KyCalendar::kSunday, 7200000, KyTimeZone::kDayOfWeekInMonthMode, KyTimeZone::kWallTime);
-    zone->setEndRule(9, -1, KyCalendar::kSunday, 10800000, KyTimeZone::kDayOfWeekInMonthMode, KyTimeZone::kWallTime);
-  }
+  const int week = southern ? 1 : -1;
+  const auto mode = KyTimeZone::kDayOfWeekInMonthMode;
+  zone->setStartRule(southern ? 9 : 2, week, KyCalendar::kSunday, 7200000, mode, KyTimeZone::kWallTime);
+  zone->setEndRule(southern ? 3 : 9, week, KyCalendar::kSunday, 10800000, mode, KyTimeZone::kWallTime);
   return zone;
 }
 
@@ -294,12 +272,7 @@ TEST_F(Calendar, ZoneRules) {
   EXPECT_EQ(zone.compareToRule(2, 31, 29, 31, 1, LONG_MAX, LONG_MAX, last, 2, 1, -1, 0), 1);
   EXPECT_EQ(zone.compareToRule(2, 31, 29, 31, 1, LONG_MIN, LONG_MIN, last, 2, 1, -1, 0), -1);
 
-  struct Row {
-    bool southern;
-    long month, day, dow;
-    long hour;
-    long offset;
-  } rows[] = {
+  struct Row { bool southern; long month, day, dow; long hour; long offset; } rows[] = {
       {false, 0, 15, 2, 12, 3600000},  {false, 6, 15, 2, 12, 7200000}, {false, 2, 31, 1, 1, 3600000},
       {false, 2, 31, 1, 2, 7200000},   {false, 9, 27, 1, 1, 7200000},  {false, 9, 27, 1, 2, 3600000},
       {true, 0, 15, 2, 12, 7200000},   {true, 6, 15, 2, 12, 3600000},  {true, 9, 6, 1, 2, 7200000},

@@ -50,11 +50,7 @@ TEST(LocaleTables, NameTableHoldsEveryPublishedRowInOrder) {
 }
 
 TEST(LocaleTables, CodesetChain) {
-  struct Row {
-    const char* codeset;
-    const char* langTerr;
-    int encoding;
-  } rows[] = {
+  struct Row { const char* codeset; const char* langTerr; int encoding; } rows[] = {
       {"ISO_646.irv", nullptr, 1}, {"646", nullptr, 1},        {"xISO_646", nullptr, 0},
       {"ISO8859-1", nullptr, 2},   {"iso88591", nullptr, 2},   {"xISO8859-1", nullptr, 2},
       {"ISO8859-1x", nullptr, 2},  {"ISO8859-12", nullptr, 2}, {"ISO8859-15", nullptr, 34},
@@ -94,36 +90,20 @@ TEST(LocaleTables, NameServices) {
   for (int i = 0; i < 42; ++i)
     EXPECT_EQ(KyLocale::GetKyEncoding(KyLocale::GetEncodingName(static_cast<KyEncoding>(i))), i);
 
-  struct {
-    int own, other, result;
-  } compat[] = {{2, 2, 1}, {2, 23, 1}, {23, 2, 2}, {2, 34, 0}, {34, 2, 2}, {37, 15, 2},
-                {15, 37, 1}, {0, 1, 0}, {1, 2, 0}, {17, 16, 1}, {36, 31, 2}, {31, 36, 1}};
-  for (const auto& row : compat)
-    EXPECT_EQ(KyLocaleTables::isEncodingCompatible(static_cast<KyEncoding>(row.own),
-                                                   static_cast<KyEncoding>(row.other)),
-              row.result)
-        << row.own << " " << row.other;
+  const int compat[][3] = {{2, 2, 1},  {2, 23, 1}, {23, 2, 2},  {2, 34, 0},  {34, 2, 2},  {37, 15, 2},
+                           {15, 37, 1}, {0, 1, 0},  {1, 2, 0},   {17, 16, 1}, {36, 31, 2}, {31, 36, 1}};
+  for (const auto& [own, other, result] : compat)
+    EXPECT_EQ(KyLocaleTables::isEncodingCompatible(KyEncoding(own), KyEncoding(other)), result) << own << " " << other;
 }
 
 TEST(LocaleTables, StdLocaleNames) {
   std::setlocale(LC_ALL, "C");
-  struct {
-    const char* system;
-    const char* standard;
-  } rows[] = {
-      {"C", "en_US.US-ASCII"},
-      {"C.UTF-8", "en_US.UTF-8"},
-      {"French_France.1252", "fr_FR.windows-1252"},
-      {"English_United States.65001", "en_US."},
-      {"Nowhere_Land.1252", "(null)"},
-      {"fr_FR.UTF-8", "fr_FR.UTF-8"},
-      {"kok_IN.UTF-8", "kok_IN.UTF-8"},
-      {"de_DE.ISO-8859-15@euro", "de_DE.ISO-8859-15"},
-      {"ko_KR.EUC-KR", "ko_KR."},
-      {"fr_fr.UTF-8", "(null)"},
-      {"", "(null)"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(Take(KyLocale::GetStdLocaleName(row.system)), row.standard) << row.system;
+  const std::pair<const char*, const char*> rows[] = {
+      {"C", "en_US.US-ASCII"},          {"C.UTF-8", "en_US.UTF-8"},    {"French_France.1252", "fr_FR.windows-1252"},
+      {"English_United States.65001", "en_US."},                       {"Nowhere_Land.1252", "(null)"},
+      {"fr_FR.UTF-8", "fr_FR.UTF-8"},   {"kok_IN.UTF-8", "kok_IN.UTF-8"}, {"de_DE.ISO-8859-15@euro", "de_DE.ISO-8859-15"},
+      {"ko_KR.EUC-KR", "ko_KR."},       {"fr_fr.UTF-8", "(null)"},     {"", "(null)"}};
+  for (const auto& [system, standard] : rows) EXPECT_EQ(Take(KyLocale::GetStdLocaleName(system)), standard) << system;
   EXPECT_EQ(KyLocale::GetStdLocaleName(nullptr), nullptr);
   EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
   // A mixed process locale comes back whole after a lookup that made a locale.

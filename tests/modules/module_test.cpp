@@ -29,21 +29,12 @@ TEST(ModuleDescriptor, BothFormsAndTheirLines) {
     return std::string("KyModule: Invalid version (\"") + text + "\") in module descriptor '" + file +
            "'. Expecting \"6.2\"\n";
   };
-  struct Row {
-    std::string text;
-    std::string lines;
-    int version;
-  } rows[] = {
-      {"<module/>", "", 0},
-      {"<module version=\"6.21\" name=\"other\"/>", "", 621},
-      {"<module version=\"6.215\"/>", refused("6.215"), kNone},
-      {"<module version=\"-1\"/>", "", -99},
-      {"<module version=\"abc\"/>", "", 0},
-      {"<module version=\"1e400\"/>", refused("1e400"), kNone},
-      {"<module version=\"-1e400\"/>", "", INT_MIN},
-      {"<Module/>", invalid, kNone},
-      {"<m/>   ", invalid, kNone},
-      {"//KYRL Panes\nRoot { A }", invalid, kNone},
+  struct Row { std::string text; std::string lines; int version; } rows[] = {
+      {"<module/>", "", 0},                                {"<module version=\"6.21\" name=\"other\"/>", "", 621},
+      {"<module version=\"6.215\"/>", refused("6.215"), kNone}, {"<module version=\"-1\"/>", "", -99},
+      {"<module version=\"abc\"/>", "", 0},                  {"<module version=\"1e400\"/>", refused("1e400"), kNone},
+      {"<module version=\"-1e400\"/>", "", INT_MIN},          {"<Module/>", invalid, kNone},
+      {"<m/>   ", invalid, kNone},                        {"//KYRL Panes\nRoot { A }", invalid, kNone},
       {"// KYRL Panes\n  \n", "", kNone},
       {"// KYRL Panes" + std::string(1030, 'x') + "\nRoot { A B }\nNext { C", "old", 621},
   };
@@ -145,11 +136,7 @@ TEST_F(ModuleLoader, LoadsWithRequirementsAndReportsEachFailure) {
   EXPECT_EQ(KyModule::Load("a.so", &arg), a);
   EXPECT_EQ(arg.calls, 1);
 
-  struct Row {
-    const char* name;
-    KyModule::Error status;
-    std::string lines;
-  } rows[] = {
+  struct Row { const char* name; KyModule::Error status; std::string lines; } rows[] = {
       {"f", KyModule::kModuleNotFound, "Module load failed (LoadLibrary): "},
       {"u", KyModule::kModuleNotFound, "Module load failed (LoadLibrary): "},
       {"e", KyModule::kEntryPointNotFound, ""},

@@ -3,6 +3,8 @@
 #include <climits>
 #include <random>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "kybase/paths/path_list.h"
 #include "kybase/paths/path_name.h"
@@ -48,30 +50,15 @@ std::string LiteralNormalize(std::string d) {
 }
 
 TEST(PathNameTest, UnixAndDosParsersAndPrinters) {
-  struct Case {
-    const char* text;
-    bool dos;
-    const char* parts;
-    const char* unix;
-  } cases[] = {
-      {".", false, "|./||", "./"},
-      {"..", false, "|./|..|", ".."},
-      {"foo/", false, "|foo/||", "foo/"},
-      {"/", false, "|/||", "/"},
-      {"a/b.c.d", false, "|a/|b.c|d", "a/b.c.d"},
-      {".profile", false, "|./|.profile|", ".profile"},
-      {"name.", false, "|./|name.|", "name."},
-      {"foo/..", false, "|foo/|..|", "foo/.."},
-      {"c:/x", false, "|c:/|x|", "c:/x"},
-      {"a\\b", false, "|./|a\\b|", "a\\b"},
-      {"c:", true, "c|./||", "./"},
-      {"C:\\Temp\\a.b.txt", true, "C|/Temp/|a.b|txt", "/Temp/a.b.txt"},
-      {"1:x", true, "|./|1:x|", "1:x"},
+  struct Case { const char* text; bool dos; const char* parts; const char* unix; } cases[] = {
+      {".", false, "|./||", "./"},           {"..", false, "|./|..|", ".."},        {"foo/", false, "|foo/||", "foo/"},
+      {"/", false, "|/||", "/"},             {"a/b.c.d", false, "|a/|b.c|d", "a/b.c.d"},
+      {".profile", false, "|./|.profile|", ".profile"},                {"name.", false, "|./|name.|", "name."},
+      {"foo/..", false, "|foo/|..|", "foo/.."},  {"c:/x", false, "|c:/|x|", "c:/x"},
+      {"a\\b", false, "|./|a\\b|", "a\\b"},      {"c:", true, "c|./||", "./"},          {"1:x", true, "|./|1:x|", "1:x"},
+      {"C:\\Temp\\a.b.txt", true, "C|/Temp/|a.b|txt", "/Temp/a.b.txt"}, {"\\\\srv", true, "|/|srv|", "/srv"},
       {"\\\\srv\\share\\d\\f.c", true, "\\\\srv\\share|/d/|f|c", "/d/f.c"},
-      {"\\\\srv", true, "|/|srv|", "/srv"},
-      {"\\\\srv\\share", true, "\\\\srv\\share|./||", "./"},
-      {"c:./foo", true, "c|./|foo|", "foo"},
-  };
+      {"\\\\srv\\share", true, "\\\\srv\\share|./||", "./"}, {"c:./foo", true, "c|./|foo|", "foo"}};
   for (const Case& c : cases) {
     P p;
     c.dos ? p.setDosValue(c.text) : p.setUnixValue(c.text);
@@ -124,18 +111,15 @@ TEST(PathNameTest, RangesAndSetters) {
 }
 
 TEST(PathNameTest, NormalizeMatchesItsStepsOnRandomTexts) {
-  struct Case {
-    const char* in;
-    const char* out;
-  } cases[] = {{"a/b/../c", "a/c/"},           {"a/../b/", "b/"},      {"a/..", ""},
+  const std::pair<const char*, const char*> cases[] = {{"a/b/../c", "a/c/"},           {"a/../b/", "b/"},      {"a/..", ""},
                {"../../a/../b/", "../../b/"},  {"//a///b", "/a/b/"},   {"./a", "a/"},
                {"a/././b", "a/b/"},            {"/a/../../b/", "/../b/"}, {"/../b/", "/../b/"},
                {"a/../../../", ""},            {"/../x/../", "/../x/../"}};
-  for (const Case& c : cases) {
+  for (const auto& [in, out] : cases) {
     P p;
-    p.setUnixDirectory(c.in);
-    EXPECT_EQ(S(p.getUnixDirectory(true)), *c.out ? c.out : "./") << c.in;
-    EXPECT_EQ(LiteralNormalize(c.in), c.out) << c.in;
+    p.setUnixDirectory(in);
+    EXPECT_EQ(S(p.getUnixDirectory(true)), *out ? out : "./") << in;
+    EXPECT_EQ(LiteralNormalize(in), out) << in;
   }
   // 200,000 pairs resolve in linear time (a quadratic pass would outlast the timeout).
   std::string pairs;
@@ -177,12 +161,7 @@ TEST(PathNameTest, CacheFollowsTheSystemForm) {
 }
 
 TEST(PathNameTest, Algebra) {
-  struct Case {
-    const char* a;
-    const char* b;
-    const char* merged;
-    const char* relative;
-  } cases[] = {
+  struct Case { const char* a; const char* b; const char* merged; const char* relative; } cases[] = {
       {"a/x.y", "b/c.txt", "a/b/c.txt", "x.y"},  // first parts agree on length alone
       {"a/x.y", "/b/", "/b/", "a/x.y"},
       {"a/x.y", "b/", "a/b/", "x.y"},
@@ -194,14 +173,8 @@ TEST(PathNameTest, Algebra) {
     EXPECT_EQ(S(P(c.a).merge(c.b).getUnixValue()), c.merged) << c.a << " " << c.b;
     EXPECT_EQ(S(P(c.a).computeRelativePath(c.b).getUnixValue()), c.relative) << c.a << " " << c.b;
   }
-  struct Cut {
-    const char* path;
-    const char* first;
-    const char* allButFirst;
-    const char* last;
-    const char* allButLast;
-    int levels;
-  } cuts[] = {{"/a/b/c/f.x", "/a/", "b/c/", "c/", "/a/b/", 3},
+  struct Cut { const char* path; const char* first; const char* allButFirst; const char* last; const char* allButLast;
+    int levels; } cuts[] = {{"/a/b/c/f.x", "/a/", "b/c/", "c/", "/a/b/", 3},
               {"a/b/", "a/", "b/", "b/", "a/", 2},
               {"/", "/", "./", "/", "/", 0},
               {"", "./", "./", "./", "./", 0}};
@@ -239,15 +212,11 @@ TEST(PathNameTest, Algebra) {
 }
 
 TEST(PathNameTest, MatchWithAlternatives) {
-  struct Case {
-    const char* name;
-    const char* pattern;
-    bool match;
-  } cases[] = {{"A.TXT", "*.txt", true},          {"abc.txt", "a(x|b)c.txt", true},  {"abc.txt", "(abc|xyz).txt", true},
+  const std::tuple<const char*, const char*, bool> cases[] = {{"A.TXT", "*.txt", true},          {"abc.txt", "a(x|b)c.txt", true},  {"abc.txt", "(abc|xyz).txt", true},
                {"abc.txt", "a(x|y)c.txt", false}, {"a(b.txt", "a(b.txt", true},      {"/a/b/f", "/a/*/f", true},
                {"/a/b/c/f", "/a/*/f", true},      {"d/f", "e/f", false},             {"f.xml", "*.(xml|txt)", true},
                {"f.txt", "*.(xml|txt)", true},    {"f.c", "*.(xml|txt)", false},     {"ab", "(x|y)|a)b", false}};
-  for (const Case& c : cases) EXPECT_EQ(P(c.name).match(c.pattern), c.match) << c.name << " " << c.pattern;
+  for (const auto& [name, pattern, match] : cases) EXPECT_EQ(P(name).match(pattern), match) << name << " " << pattern;
 }
 
 std::string Items(const KyPathList& list) {

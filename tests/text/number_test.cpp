@@ -52,10 +52,7 @@ INSTANTIATE_TEST_SUITE_P(Locales, NumberLocales, testing::ValuesIn(NumberTestLoc
 
 constexpr double kInf = std::numeric_limits<double>::infinity();
 
-struct Written {
-  std::string text;
-  int length;
-};
+struct Written { std::string text; int length; };
 
 Written Write(double value, const char* format = nullptr) {
   char buffer[1024];
@@ -64,11 +61,7 @@ Written Write(double value, const char* format = nullptr) {
   return {buffer, length};
 }
 
-struct Read {
-  double value;
-  long consumed;
-  bool ok;
-};
+struct Read { double value; long consumed; bool ok; };
 
 Read ReadText(const char* text) {
   char* end = nullptr;

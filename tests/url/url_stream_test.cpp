@@ -48,10 +48,7 @@ void MakeData() {
   if (rename(temp.c_str(), (kDir + "/data").c_str()) != 0) RunPeers("data " + temp + " clean");
 }
 
-struct Read {
-  bool opened;
-  std::string data;
-};
+struct Read { bool opened; std::string data; };
 Read Open(const std::string& name, bool readOnce = false) {
   KyIUrlStream stream(name.c_str());
   if (readOnce) stream.setHints(KyIUrlStream::kReadOnce);
