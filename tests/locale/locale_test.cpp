@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "kybase/core/global_context.h"
@@ -51,28 +52,21 @@ TEST(LocaleTables, NameTableHoldsEveryPublishedRowInOrder) {
 
 TEST(LocaleTables, CodesetChain) {
   struct Row { const char* codeset; const char* langTerr; int encoding; } rows[] = {
-      {"ISO_646.irv", nullptr, 1}, {"646", nullptr, 1},        {"xISO_646", nullptr, 0},
-      {"ISO8859-1", nullptr, 2},   {"iso88591", nullptr, 2},   {"xISO8859-1", nullptr, 2},
-      {"ISO8859-1x", nullptr, 2},  {"ISO8859-12", nullptr, 2}, {"ISO8859-15", nullptr, 34},
-      {"ISO-8859-15", nullptr, 34}, {"iso885915x", nullptr, 34}, {"ISO-8859-2", nullptr, 3},
-      {"iso88599", nullptr, 10},   {"ISO8859-10", nullptr, 11}, {"TACTIS", nullptr, 31},
-      {"xTIS620", nullptr, 31},    {"ISO8859-13", nullptr, 32}, {"iso885914", nullptr, 33},
-      {"EUCJP", nullptr, 12},      {"ujis", nullptr, 12},      {"PCK", nullptr, 13},
-      {"SJIS", nullptr, 13},       {"KSC5601", nullptr, 14},   {"hp15CN", nullptr, 15},
-      {"xeucCN", nullptr, 15},     {"BIG5HK", nullptr, 17},    {"xhkscs", nullptr, 17},
-      {"Big5", nullptr, 16},       {"ucns", nullptr, 18},      {"gbk", nullptr, 37},
-      {"deckanji", nullptr, 38},   {"xdeckanji", nullptr, 38}, {"sdeckanji", nullptr, 0},
-      {"deckorean", nullptr, 39},  {"dechanzi", nullptr, 40},  {"DECHANYU", nullptr, 41},
-      {"ROMAN8", nullptr, 19},     {"IBM850", nullptr, 20},    {"1250", nullptr, 21},
-      {"1252", nullptr, 23},       {"x1252", nullptr, 0},      {"1258", nullptr, 29},
-      {"x932", nullptr, 13},       {"936", nullptr, 15},       {"950", "zh_HK", 17},
-      {"950", "zh_TW", 16},        {"950", nullptr, 16},       {"UTF-8", nullptr, 30},
-      {"Utf-8", nullptr, 30},      {"xutf8", nullptr, 30},     {"949", nullptr, 35},
-      {"874", nullptr, 36},        {"euc", "ja_JP", 12},       {"EUC", "ko_KR", 14},
-      {"EUC", "zh_CN", 15},        {"EUC", "zh_TW", 18},       {"EUC", "fr_FR", 0},
-      {"EUC", nullptr, 0},         {"Shift_JIS", nullptr, 0},  {"EUC-KR", nullptr, 0},
-      {"windows-1252", nullptr, 0}, {"hp-roman8", nullptr, 0}, {"", nullptr, 0},
-  };
+      {"ISO_646.irv", nullptr, 1}, {"646", nullptr, 1}, {"xISO_646", nullptr, 0}, {"ISO8859-1", nullptr, 2},
+      {"iso88591", nullptr, 2}, {"xISO8859-1", nullptr, 2}, {"ISO8859-1x", nullptr, 2}, {"ISO8859-12", nullptr, 2},
+      {"ISO8859-15", nullptr, 34}, {"ISO-8859-15", nullptr, 34}, {"iso885915x", nullptr, 34},
+      {"ISO-8859-2", nullptr, 3}, {"iso88599", nullptr, 10}, {"ISO8859-10", nullptr, 11}, {"TACTIS", nullptr, 31},
+      {"xTIS620", nullptr, 31}, {"ISO8859-13", nullptr, 32}, {"iso885914", nullptr, 33}, {"EUCJP", nullptr, 12},
+      {"ujis", nullptr, 12}, {"PCK", nullptr, 13}, {"SJIS", nullptr, 13}, {"KSC5601", nullptr, 14},
+      {"hp15CN", nullptr, 15}, {"xeucCN", nullptr, 15}, {"BIG5HK", nullptr, 17}, {"xhkscs", nullptr, 17},
+      {"Big5", nullptr, 16}, {"ucns", nullptr, 18}, {"gbk", nullptr, 37}, {"deckanji", nullptr, 38},
+      {"xdeckanji", nullptr, 38}, {"sdeckanji", nullptr, 0}, {"deckorean", nullptr, 39}, {"dechanzi", nullptr, 40},
+      {"DECHANYU", nullptr, 41}, {"ROMAN8", nullptr, 19}, {"IBM850", nullptr, 20}, {"1250", nullptr, 21},
+      {"1252", nullptr, 23}, {"x1252", nullptr, 0}, {"1258", nullptr, 29}, {"x932", nullptr, 13}, {"936", nullptr, 15},
+      {"950", "zh_HK", 17}, {"950", "zh_TW", 16}, {"950", nullptr, 16}, {"UTF-8", nullptr, 30}, {"Utf-8", nullptr, 30},
+      {"xutf8", nullptr, 30}, {"949", nullptr, 35}, {"874", nullptr, 36}, {"euc", "ja_JP", 12}, {"EUC", "ko_KR", 14},
+      {"EUC", "zh_CN", 15}, {"EUC", "zh_TW", 18}, {"EUC", "fr_FR", 0}, {"EUC", nullptr, 0}, {"Shift_JIS", nullptr, 0},
+      {"EUC-KR", nullptr, 0}, {"windows-1252", nullptr, 0}, {"hp-roman8", nullptr, 0}, {"", nullptr, 0}};
   for (const Row& row : rows)
     EXPECT_EQ(KyLocaleTables::encodingFromCodeset(KyString(row.codeset), row.langTerr), row.encoding)
         << row.codeset << " " << (row.langTerr ? row.langTerr : "null");
@@ -287,29 +281,22 @@ class BuiltLocale : public testing::Test {
 };
 
 TEST_F(BuiltLocale, StandardNamesAndEncodings) {
-  struct {
-    const char* name;
-    const char* standard;  // of the character-type category
-    int encoding;          // of the object, 0 without a dot
-    const char* warning;
-  } rows[] = {
-      {"fr_FR.ISO-8859-1", "fr_FR.ISO-8859-1", 2, ""},
-      {"fr_FR", "fr_FR.ISO-8859-1", 0, ""},
-      {"ja_JP.EUC-JP", "ja_JP.EUC-JP", 12, ""},
-      {"ko_KR", "ko_KR.EUC-KR", 0, ""},
+  // Name, standard name of the character-type category, encoding (0 without a dot), warning.
+  const std::tuple<const char*, const char*, int, const char*> rows[] = {
+      {"fr_FR.ISO-8859-1", "fr_FR.ISO-8859-1", 2, ""}, {"fr_FR", "fr_FR.ISO-8859-1", 0, ""},
+      {"ja_JP.EUC-JP", "ja_JP.EUC-JP", 12, ""},         {"ko_KR", "ko_KR.EUC-KR", 0, ""},
       {"ko_KR.EUC-KR", "(null)", 0, "Not a standard KBC locale ko_KR.EUC-KR\n"},
-      {"de_DE.ISO-8859-15@euro", "de_DE.ISO-8859-15", 34, ""},
-  };
-  for (const auto& row : rows) {
-    if (!Have(row.name)) {
-      std::cout << "skipped " << row.name << ": localedef could not build it\n";
+      {"de_DE.ISO-8859-15@euro", "de_DE.ISO-8859-15", 34, ""}};
+  for (const auto& [name, standard, encoding, warning] : rows) {
+    if (!Have(name)) {
+      std::cout << "skipped " << name << ": localedef could not build it\n";
       continue;
     }
     testing::internal::CaptureStderr();
-    KyLocale locale(row.name);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), row.warning) << row.name;
-    EXPECT_EQ(Take(locale.getStdLocaleName(kCategoryCType)), row.standard) << row.name;
-    EXPECT_EQ(locale.getEncoding(), row.encoding) << row.name;
+    KyLocale locale(name);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), warning) << name;
+    EXPECT_EQ(Take(locale.getStdLocaleName(kCategoryCType)), standard) << name;
+    EXPECT_EQ(locale.getEncoding(), encoding) << name;
     std::setlocale(LC_ALL, "C");
   }
   if (Have("fr_FR")) {
