@@ -138,8 +138,7 @@ TEST_F(ModuleLoader, LoadsWithRequirementsAndReportsEachFailure) {
 
   struct Row { const char* name; KyModule::Error status; std::string lines; } rows[] = {
       {"f", KyModule::kModuleNotFound, "Module load failed (LoadLibrary): "},
-      {"u", KyModule::kModuleNotFound, "Module load failed (LoadLibrary): "},
-      {"e", KyModule::kEntryPointNotFound, ""},
+      {"u", KyModule::kModuleNotFound, "Module load failed (LoadLibrary): "}, {"e", KyModule::kEntryPointNotFound, ""},
       {"x", KyModule::kDependencyNotResolved,
        "KyModule error: Module 'y' requires unloadable module 'x'\n"
        "KyModule error: Module 'x' requires unloadable module 'y'\n"},

@@ -163,10 +163,8 @@ TEST(PathNameTest, CacheFollowsTheSystemForm) {
 TEST(PathNameTest, Algebra) {
   struct Case { const char* a; const char* b; const char* merged; const char* relative; } cases[] = {
       {"a/x.y", "b/c.txt", "a/b/c.txt", "x.y"},  // first parts agree on length alone
-      {"a/x.y", "/b/", "/b/", "a/x.y"},
-      {"a/x.y", "b/", "a/b/", "x.y"},
-      {"/a/b/c.txt", "/a/d/e/", "/a/d/e/", "../../b/c.txt"},
-      {"/a/b/c.txt", "/a/b/", "/a/b/", "c.txt"},
+      {"a/x.y", "/b/", "/b/", "a/x.y"}, {"a/x.y", "b/", "a/b/", "x.y"},
+      {"/a/b/c.txt", "/a/d/e/", "/a/d/e/", "../../b/c.txt"}, {"/a/b/c.txt", "/a/b/", "/a/b/", "c.txt"},
       {"a/b.txt", "/a/", "/a/", "a/b.txt"},
   };
   for (const Case& c : cases) {
@@ -175,8 +173,7 @@ TEST(PathNameTest, Algebra) {
   }
   struct Cut { const char* path; const char* first; const char* allButFirst; const char* last; const char* allButLast;
     int levels; } cuts[] = {{"/a/b/c/f.x", "/a/", "b/c/", "c/", "/a/b/", 3},
-              {"a/b/", "a/", "b/", "b/", "a/", 2},
-              {"/", "/", "./", "/", "/", 0},
+              {"a/b/", "a/", "b/", "b/", "a/", 2}, {"/", "/", "./", "/", "/", 0},
               {"", "./", "./", "./", "./", 0}};
   for (const Cut& c : cuts) {
     EXPECT_EQ(S(P(c.path).computeFirstSubDirectory().getUnixValue()), c.first) << c.path;

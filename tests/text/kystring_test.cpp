@@ -195,11 +195,10 @@ TEST_P(KyStringKinds, SubStrings) {
 
 TEST_P(KyStringKinds, NumbersUseTheirDefaultFormats) {
   const std::pair<KyString, const char*> cases[] = {
-      {KyString(static_cast<short>(-5)), "-5"},        {KyString(static_cast<unsigned short>(65535)), "65535"},
-      {KyString(-2147483647 - 1), "-2147483648"},     {KyString(4294967295u), "4294967295"},
+      {KyString(static_cast<short>(-5)), "-5"}, {KyString(static_cast<unsigned short>(65535)), "65535"},
+      {KyString(-2147483647 - 1), "-2147483648"}, {KyString(4294967295u), "4294967295"},
       {KyString(-9223372036854775807L), "-9223372036854775807"},
-      {KyString(18446744073709551615UL), "18446744073709551615"},
-      {KyString(1.5f), "1.500000"},                   {KyString(0.1), "0.1"},
+      {KyString(18446744073709551615UL), "18446744073709551615"}, {KyString(1.5f), "1.500000"}, {KyString(0.1), "0.1"},
       {KyString(static_cast<short>(-1), "%hx"), "ffff"}, {KyString(3.14159, "%08.3f"), "0003.142"},
       {KyString(7, nullptr), "7"}};
   for (const auto& [number, text] : cases) EXPECT_STREQ(number.getValue(), text);
