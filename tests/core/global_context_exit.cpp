@@ -28,9 +28,7 @@ void Hook() { std::printf("hook\n"); }
 KySymbol* Kept = nullptr;
 
 // Registered before the context exists, so it runs after the context has died.
-void AfterContext() {
-  std::printf("%s\n", Kept != nullptr ? "symbols freed" : "no symbol");
-}
+void AfterContext() { std::printf("%s\n", Kept != nullptr ? "symbols freed" : "no symbol"); }
 
 }  // namespace
 

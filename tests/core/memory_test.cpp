@@ -19,7 +19,6 @@ class TestPool : public KyMemoryPool {
  public:
   TestPool() : KyMemoryPool(1) {}
   using KyMemoryPool::getBlock;
-  using KyMemoryPool::grow;
   using KyMemoryPool::release;
   using KyMemoryPool::take;
 
@@ -133,7 +132,6 @@ TEST(MemoryPool, OversizedRequestsFailInsteadOfLooping) {
   EXPECT_EQ(pool.reAlloc(block, (1UL << 31) + 1, false), nullptr);
   EXPECT_EQ(pool.sizeOf(block), 64u);
 }
-
 
 std::ptrdiff_t Distance(void* from, void* to) { return static_cast<char*>(to) - static_cast<char*>(from); }
 

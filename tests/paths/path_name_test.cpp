@@ -55,7 +55,7 @@ TEST(PathNameTest, UnixAndDosParsersAndPrinters) {
       {"/", false, "|/||", "/"},             {"a/b.c.d", false, "|a/|b.c|d", "a/b.c.d"},
       {".profile", false, "|./|.profile|", ".profile"},                {"name.", false, "|./|name.|", "name."},
       {"foo/..", false, "|foo/|..|", "foo/.."},  {"c:/x", false, "|c:/|x|", "c:/x"},
-      {"a\\b", false, "|./|a\\b|", "a\\b"},      {"c:", true, "c|./||", "./"},          {"1:x", true, "|./|1:x|", "1:x"},
+      {"a\\b", false, "|./|a\\b|", "a\\b"},    {"c:", true, "c|./||", "./"},          {"1:x", true, "|./|1:x|", "1:x"},
       {"C:\\Temp\\a.b.txt", true, "C|/Temp/|a.b|txt", "/Temp/a.b.txt"}, {"\\\\srv", true, "|/|srv|", "/srv"},
       {"\\\\srv\\share\\d\\f.c", true, "\\\\srv\\share|/d/|f|c", "/d/f.c"},
       {"\\\\srv\\share", true, "\\\\srv\\share|./||", "./"}, {"c:./foo", true, "c|./|foo|", "foo"}};
@@ -111,10 +111,10 @@ TEST(PathNameTest, RangesAndSetters) {
 }
 
 TEST(PathNameTest, NormalizeMatchesItsStepsOnRandomTexts) {
-  const std::pair<const char*, const char*> cases[] = {{"a/b/../c", "a/c/"},           {"a/../b/", "b/"},      {"a/..", ""},
-               {"../../a/../b/", "../../b/"},  {"//a///b", "/a/b/"},   {"./a", "a/"},
-               {"a/././b", "a/b/"},            {"/a/../../b/", "/../b/"}, {"/../b/", "/../b/"},
-               {"a/../../../", ""},            {"/../x/../", "/../x/../"}};
+  const std::pair<const char*, const char*> cases[] = {
+      {"a/b/../c", "a/c/"}, {"a/../b/", "b/"},         {"a/..", ""},      {"../../a/../b/", "../../b/"},
+      {"//a///b", "/a/b/"}, {"./a", "a/"},             {"a/././b", "a/b/"}, {"/a/../../b/", "/../b/"},
+      {"/../b/", "/../b/"}, {"a/../../../", ""},       {"/../x/../", "/../x/../"}};
   for (const auto& [in, out] : cases) {
     P p;
     p.setUnixDirectory(in);
@@ -171,15 +171,15 @@ TEST(PathNameTest, Algebra) {
     EXPECT_EQ(S(P(c.a).merge(c.b).getUnixValue()), c.merged) << c.a << " " << c.b;
     EXPECT_EQ(S(P(c.a).computeRelativePath(c.b).getUnixValue()), c.relative) << c.a << " " << c.b;
   }
-  struct Cut { const char* path; const char* first; const char* allButFirst; const char* last; const char* allButLast;
-    int levels; } cuts[] = {{"/a/b/c/f.x", "/a/", "b/c/", "c/", "/a/b/", 3},
-              {"a/b/", "a/", "b/", "b/", "a/", 2}, {"/", "/", "./", "/", "/", 0},
-              {"", "./", "./", "./", "./", 0}};
+  // Path, first, all but first, last and all but last subdirectory, levels.
+  struct Cut { const char *path, *first, *butFirst, *last, *butLast; int levels; };
+  const Cut cuts[] = {{"/a/b/c/f.x", "/a/", "b/c/", "c/", "/a/b/", 3}, {"a/b/", "a/", "b/", "b/", "a/", 2},
+                      {"/", "/", "./", "/", "/", 0},                    {"", "./", "./", "./", "./", 0}};
   for (const Cut& c : cuts) {
     EXPECT_EQ(S(P(c.path).computeFirstSubDirectory().getUnixValue()), c.first) << c.path;
-    EXPECT_EQ(S(P(c.path).computeAllButFirstSubDirectory().getUnixValue()), c.allButFirst) << c.path;
+    EXPECT_EQ(S(P(c.path).computeAllButFirstSubDirectory().getUnixValue()), c.butFirst) << c.path;
     EXPECT_EQ(S(P(c.path).computeLastSubDirectory().getUnixValue()), c.last) << c.path;
-    EXPECT_EQ(S(P(c.path).computeAllButLastSubDirectory().getUnixValue()), c.allButLast) << c.path;
+    EXPECT_EQ(S(P(c.path).computeAllButLastSubDirectory().getUnixValue()), c.butLast) << c.path;
     EXPECT_EQ(P(c.path).computeLevelNumber(), c.levels) << c.path;
   }
   P root("/");
@@ -209,10 +209,11 @@ TEST(PathNameTest, Algebra) {
 }
 
 TEST(PathNameTest, MatchWithAlternatives) {
-  const std::tuple<const char*, const char*, bool> cases[] = {{"A.TXT", "*.txt", true},          {"abc.txt", "a(x|b)c.txt", true},  {"abc.txt", "(abc|xyz).txt", true},
-               {"abc.txt", "a(x|y)c.txt", false}, {"a(b.txt", "a(b.txt", true},      {"/a/b/f", "/a/*/f", true},
-               {"/a/b/c/f", "/a/*/f", true},      {"d/f", "e/f", false},             {"f.xml", "*.(xml|txt)", true},
-               {"f.txt", "*.(xml|txt)", true},    {"f.c", "*.(xml|txt)", false},     {"ab", "(x|y)|a)b", false}};
+  const std::tuple<const char*, const char*, bool> cases[] = {
+      {"A.TXT", "*.txt", true},        {"abc.txt", "a(x|b)c.txt", true}, {"abc.txt", "(abc|xyz).txt", true},
+      {"abc.txt", "a(x|y)c.txt", false}, {"a(b.txt", "a(b.txt", true},   {"/a/b/f", "/a/*/f", true},
+      {"/a/b/c/f", "/a/*/f", true},    {"d/f", "e/f", false},            {"f.xml", "*.(xml|txt)", true},
+      {"f.txt", "*.(xml|txt)", true},  {"f.c", "*.(xml|txt)", false},    {"ab", "(x|y)|a)b", false}};
   for (const auto& [name, pattern, match] : cases) EXPECT_EQ(P(name).match(pattern), match) << name << " " << pattern;
 }
 
