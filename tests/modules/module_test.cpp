@@ -29,6 +29,8 @@ TEST(ModuleDescriptor, BothFormsAndTheirLines) {
     return std::string("KyModule: Invalid version (\"") + text + "\") in module descriptor '" + file +
            "'. Expecting \"6.2\"\n";
   };
+  std::string deep;
+  for (int i = 0; i < 200000; ++i) deep += i < 100000 ? "<a>" : "</a>";
   struct Row { std::string text; std::string lines; int version; } rows[] = {
       {"<module/>", "", 0},                                {"<module version=\"6.21\" name=\"other\"/>", "", 621},
       {"<module version=\"6.215\"/>", refused("6.215"), kNone}, {"<module version=\"-1\"/>", "", -99},
@@ -37,6 +39,7 @@ TEST(ModuleDescriptor, BothFormsAndTheirLines) {
       {"<m/>   ", invalid, kNone},                        {"//KYRL Panes\nRoot { A }", invalid, kNone},
       {"// KYRL Panes\n  \n", "", kNone},
       {"// KYRL Panes" + std::string(1030, 'x') + "\nRoot { A B }\nNext { C", "old", 621},
+      {"<module version=\"6\">" + deep + "</module>", "", 600},  // read without recursion
   };
   for (const Row& row : rows) {
     WriteFile(file, row.text);
@@ -45,9 +48,9 @@ TEST(ModuleDescriptor, BothFormsAndTheirLines) {
     KyModuleLoader::scanDescriptor(KyPathName(file.c_str()), KyPathName((folder + "/m.so").c_str()));
     std::string lines = testing::internal::GetCapturedStderr();
     KyModuleDescriptor* descriptor = KyModule::Find("m");
-    EXPECT_EQ(descriptor != nullptr ? descriptor->getVersion() : kNone, row.version) << row.text;
+    EXPECT_EQ(descriptor != nullptr ? descriptor->getVersion() : kNone, row.version) << row.text.substr(0, 80);
     if (row.lines != "old") {
-      EXPECT_EQ(lines, row.lines) << row.text;
+      EXPECT_EQ(lines, row.lines) << row.text.substr(0, 80);
     } else {
       EXPECT_EQ(lines.find("KyModule warning: module descriptor '" + file +
                            "' has an old format.\nHere is the new preferred format:\n"),
@@ -69,17 +72,6 @@ TEST(ModuleDescriptor, BothFormsAndTheirLines) {
   KyModuleLoader::scanDescriptor(KyPathName(file.c_str()), KyPathName());
   EXPECT_EQ(testing::internal::GetCapturedStderr(), invalid + invalid);
   EXPECT_EQ(KyModule::Find("m"), nullptr);
-
-  // Deep documents read without recursion.
-  std::string deep = "<module version=\"6\">";
-  for (int i = 0; i < 100000; ++i) deep += "<a>";
-  for (int i = 0; i < 100000; ++i) deep += "</a>";
-  WriteFile(file, deep + "</module>");
-  KyXmlError::Reset();
-  KyModuleLoader::scanDescriptor(KyPathName(file.c_str()), KyPathName());
-  ASSERT_NE(KyModule::Find("m"), nullptr);
-  EXPECT_EQ(KyModule::Find("m")->getVersion(), 600);
-  KyModuleLoader::releaseDescriptors();
 
   // Files that are not regular are passed over unread, without blocking.
   ASSERT_EQ(mkfifo((folder + "/p.kmd").c_str(), 0600), 0);
