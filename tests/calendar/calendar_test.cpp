@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "kybase/calendar/gregorian_calendar.h"
@@ -79,25 +80,19 @@ TEST_F(Calendar, FieldsToTime) {
   KyDateErrorCode s = kNoError;
   EXPECT_TRUE(At(1, 0, 1)->isLeapYear(1500) && !At(1, 0, 1)->isLeapYear(1700));
 
-  auto c = At(2024, 2, 1);  // the last Sunday of March 2024 by a negative ordinal
-  c->set(kDayOfWeek, KyCalendar::kSunday);
-  c->set(kDayOfWeekInMonth, -1);
-  EXPECT_EQ(Show(*c), "1 2024-03-31 00:00");
+  // Fields set in order on a calendar, and the date they give: the last Sunday of March
+  // 2024 by a negative ordinal; the week-based year wins when set last; the clock.
+  struct Row { std::unique_ptr<Cal> c; std::vector<std::pair<KyDateFields, long>> sets; const char* date; } rows[] = {
+      {At(2024, 2, 1), {{kDayOfWeek, Cal::kSunday}, {kDayOfWeekInMonth, -1}}, "1 2024-03-31 00:00"},
+      {At(2024, 0, 1), {{kWeekOfYear, 1}, {kYearOfWeek, 2025}, {kDayOfWeek, Cal::kTuesday}}, "1 2024-12-31 00:00"},
+      {AtTime(TimeOf(2024, 4, 15, 9, 30)), {{kHourOfDay, 5}}, "1 2024-05-15 05:30"},
+      {AtTime(TimeOf(2024, 4, 15, 9, 30)), {{kHourOfDay, 5}, {kAmPm, 1}, {kHour, 3}}, "1 2024-05-15 15:30"}};
+  for (const auto& [c, sets, date] : rows) {
+    for (const auto& [field, value] : sets) c->set(field, value);
+    EXPECT_EQ(Show(*c), date);
+  }
 
-  c = At(2024, 0, 1);  // the week-based year wins when set last
-  c->set(kWeekOfYear, 1);
-  c->set(kYearOfWeek, 2025);
-  c->set(kDayOfWeek, KyCalendar::kTuesday);
-  EXPECT_EQ(Show(*c), "1 2024-12-31 00:00");
-
-  c = AtTime(TimeOf(2024, 4, 15, 9, 30));
-  c->set(kHourOfDay, 5);
-  EXPECT_EQ(Show(*c), "1 2024-05-15 05:30");
-  c->set(kAmPm, 1);
-  c->set(kHour, 3);
-  EXPECT_EQ(Show(*c), "1 2024-05-15 15:30");
-
-  c = At(2024, 0, 1);
+  auto c = At(2024, 0, 1);
   c->set(kZoneOffset, 3600000);
   EXPECT_EQ(c->getTime(s), TimeOf(2024, 0, 1) - 3600000);
 
