@@ -24,25 +24,17 @@
 namespace {
 
 // Switches LC_ALL for its lifetime.
-class ScopedLocale {
- public:
-  explicit ScopedLocale(const char* name) : saved_(std::setlocale(LC_ALL, nullptr)) {
-    entered_ = std::setlocale(LC_ALL, name) != nullptr;
-  }
-  ScopedLocale(const ScopedLocale&) = delete;
-  ScopedLocale& operator=(const ScopedLocale&) = delete;
-  ~ScopedLocale() { std::setlocale(LC_ALL, saved_.c_str()); }
-  bool entered() const { return entered_; }
-
- private:
-  std::string saved_;
-  bool entered_;
+struct ScopedLocale {
+  explicit ScopedLocale(const char* name) : entered(std::setlocale(LC_ALL, name) != nullptr) {}
+  ~ScopedLocale() { std::setlocale(LC_ALL, saved.c_str()); }
+  const std::string saved = std::setlocale(LC_ALL, nullptr);  // made before `entered`
+  const bool entered;
 };
 
 // Enters C.UTF-8 until the end of the case, or skips it.
 #define KY_ENTER_UTF8_OR_SKIP()   \
   ScopedLocale utf8("C.UTF-8"); \
-  if (!utf8.entered()) GTEST_SKIP() << "C.UTF-8 is not installed"
+  if (!utf8.entered) GTEST_SKIP() << "C.UTF-8 is not installed"
 
 bool IsMultiByteString(const KyString& s) { return dynamic_cast<KyMBString*>(s.getInternalString()) != nullptr; }
 bool IsSingleByteString(const KyString& s) { return dynamic_cast<KySBString*>(s.getInternalString()) != nullptr; }
@@ -53,7 +45,7 @@ class KyStringKinds : public testing::TestWithParam<const char*> {
  protected:
   void SetUp() override {
     locale_ = std::make_unique<ScopedLocale>(GetParam());
-    if (!locale_->entered()) GTEST_SKIP() << "locale " << GetParam() << " is not installed";
+    if (!locale_->entered) GTEST_SKIP() << "locale " << GetParam() << " is not installed";
   }
   void TearDown() override { locale_.reset(); }
   bool multiByte() const { return std::string(GetParam()) != "C"; }
@@ -337,7 +329,7 @@ TEST(KyStringStream, BackslashByteInsideAMultiByteCharacter) {
   setenv("LOCPATH", dir.c_str(), 1);
   ScopedLocale big5("zh_TW.BIG5");
   had != nullptr ? setenv("LOCPATH", saved.c_str(), 1) : unsetenv("LOCPATH");
-  if (!big5.entered()) GTEST_SKIP() << "no Big5 locale: localedef could not build zh_TW.BIG5 into " << dir;
+  if (!big5.entered) GTEST_SKIP() << "no Big5 locale: localedef could not build zh_TW.BIG5 into " << dir;
   const char text[] = "a\xB3\x5C" "b";  // U+8A31 is B3 5C in Big5
   KyString s(text);
   ASSERT_TRUE(IsMultiByteString(s));
