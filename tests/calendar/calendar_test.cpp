@@ -367,12 +367,9 @@ TEST_F(Calendar, TimeUnits) {
 }
 
 // A calendar whose stamp counter a test may move near its limit.
+KyDateErrorCode stampedStatus;
 struct StampedCalendar : Cal {
-  StampedCalendar() : Cal(1970, 0, 1, Status()) {}
-  static KyDateErrorCode& Status() {
-    static KyDateErrorCode status;
-    return status;
-  }
+  StampedCalendar() : Cal(1970, 0, 1, stampedStatus) {}
   using Cal::_nextStamp;
 };
 
