@@ -28,16 +28,11 @@ std::string Parts(const P& p) {
 std::string LiteralNormalize(std::string d) {
   if (d.empty() || d.back() != '/') d += '/';
   d = S(KyString(d.c_str()).substitute("/./", "/"));
-  for (std::size_t i = d.find("//"); i != std::string::npos; i = d.find("//", i + 1)) {
-    std::size_t j = d.find_first_not_of('/', i + 1);
-    d = d.substr(0, i + 1) + (j == std::string::npos ? "" : d.substr(j));
-  }
+  for (std::size_t i; (i = d.find("//")) != std::string::npos;) d.erase(i, 1);
   if (d.compare(0, 2, "./") == 0) d.erase(0, 2);
   long s = 0;
-  if (d.compare(0, 3, "../") == 0) {
-    while (d.compare(s, 3, "../") == 0) s += 3;
-    s -= 1;
-  }
+  while (d.compare(s, 3, "../") == 0) s += 3;
+  if (s > 0) s -= 1;
   for (long i = static_cast<long>(d.find("/../", s)); i > 0 && i != -1; i = static_cast<long>(d.find("/../", s))) {
     if (i == s) {
       s += 3;
