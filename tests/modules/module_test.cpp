@@ -85,12 +85,8 @@ class ModuleLoader : public testing::Test {
   void SetUp() override {
     first = MakeFolder();
     second = MakeFolder();
-    AddModule(first, "a", "b");
-    AddModule(first, "b", "c");
-    AddModule(first, "c", "");
-    AddModule(first, "x", "y");
-    AddModule(first, "y", "x");
-    AddModule(first, "s", "s");
+    // A chain a -> b -> c, a cycle x <-> y, and s requiring itself.
+    for (const char* pair : {"ab", "bc", "c", "xy", "yx", "ss"}) AddModule(first, {pair[0]}, pair + 1);
     AddModule(first, "e", "", "ky_test_noentry");
     AddModule(first, "u", "", "ky_test_unresolved");
     AddModule(first, "r", "");

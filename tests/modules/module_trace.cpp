@@ -17,9 +17,7 @@
 
 int main() {
   const std::string folder = ky_test::MakeFolder();
-  ky_test::AddModule(folder, "a", "b");
-  ky_test::AddModule(folder, "b", "c");
-  ky_test::AddModule(folder, "c", "");
+  for (const char* pair : {"ab", "bc", "c"}) ky_test::AddModule(folder, {pair[0]}, pair + 1);
   ky_test::AddModule(folder, "e", "", "ky_test_noentry");
   ky_test::WriteFile(folder + "/x.kmd", "<module/>");
   setenv("KYMODULEPATH", folder.c_str(), 1);

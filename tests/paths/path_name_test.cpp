@@ -219,10 +219,8 @@ std::string Items(const KyPathList& list) {
 }
 
 TEST(PathListTest, OrdersTextAndSharing) {
-  KyPathList list(";");
-  EXPECT_EQ(S(list.getString()), ";/");
-  KyPathList two(":");
-  EXPECT_EQ(S(two.getString()), "./:./");
+  EXPECT_EQ(S(KyPathList(";").getString()), ";/");
+  EXPECT_EQ(S(KyPathList(":").getString()), "./:./");
   KyPathList z("z");
   z.insertInList(KyString("x:y"));
   EXPECT_EQ(S(z.getString()), "x/:y/:z/");
