@@ -484,11 +484,8 @@ TEST(AList, DuplicateKeysShowInTurn) {
 
 TEST(AList, InsertAndCellLookupReportPredecessors) {
   KyAList list;
-  list.insert(V(2), V(20), 0);
-  list.insert(V(4), V(40), 5);
-  list.insert(V(3), V(30), 1);
-  list.insert(V(1), V(10), 0);
-  list.insert(V(5), V(50), -1);
+  const int inserts[][2] = {{2, 0}, {4, 5}, {3, 1}, {1, 0}, {5, -1}};  // key (value ten times it), place
+  for (const auto& [key, place] : inserts) list.insert(V(key), V(10 * key), place);
   EXPECT_EQ(Pairs(list), (std::vector<std::uintptr_t>{1, 10, 2, 20, 3, 30, 4, 40, 5, 50}));
   Ky_AList::Cell* previous = reinterpret_cast<Ky_AList::Cell*>(V(1));
   EXPECT_EQ(list.getFirstCell(V(1), &previous), list.getFirst());

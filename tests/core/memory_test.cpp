@@ -153,10 +153,7 @@ TEST(MemoryManager, SizeClassesRoundToEightAndShareCellsWithinAClass) {
   void* a = manager.alloc(8);
   void* b = manager.alloc(8);
   void* c = manager.alloc(8);
-  manager.release(a, 8);
-  manager.release(nullptr, 8);
-  manager.release(c, 8);
-  manager.release(b, 8);
+  for (void* cell : {a, static_cast<void*>(nullptr), c, b}) manager.release(cell, 8);
   EXPECT_EQ(manager.alloc(8), b);
   EXPECT_EQ(manager.alloc(8), c);
   EXPECT_EQ(manager.alloc(8), a);

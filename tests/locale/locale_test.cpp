@@ -209,10 +209,7 @@ TEST(Locale, ExtensionsAndLocks) {
   auto* a = new TestExtension(locale, 1);
   auto* b = new TestExtension(locale, 2);
   auto* c = new TestExtension(locale, 1);
-  locale->addExtension(a);
-  locale->addExtension(b);
-  locale->addExtension(c);
-  locale->addExtension(nullptr);
+  for (TestExtension* extension : {a, b, c, static_cast<TestExtension*>(nullptr)}) locale->addExtension(extension);
   EXPECT_EQ(locale->getExtension(1), a);
   locale->removeExtension(b);
   EXPECT_EQ(locale->getExtension(2), nullptr);
