@@ -93,8 +93,8 @@ TEST(LocaleTables, StdLocaleNames) {
   const std::pair<const char*, const char*> rows[] = {
       {"C", "en_US.US-ASCII"},          {"C.UTF-8", "en_US.UTF-8"},    {"French_France.1252", "fr_FR.windows-1252"},
       {"English_United States.65001", "en_US."},                       {"Nowhere_Land.1252", "(null)"},
-      {"fr_FR.UTF-8", "fr_FR.UTF-8"},   {"kok_IN.UTF-8", "kok_IN.UTF-8"}, {"de_DE.ISO-8859-15@euro", "de_DE.ISO-8859-15"},
-      {"ko_KR.EUC-KR", "ko_KR."},       {"fr_fr.UTF-8", "(null)"},     {"", "(null)"}};
+      {"fr_FR.UTF-8", "fr_FR.UTF-8"},   {"kok_IN.UTF-8", "kok_IN.UTF-8"}, {"ko_KR.EUC-KR", "ko_KR."},
+      {"de_DE.ISO-8859-15@euro", "de_DE.ISO-8859-15"}, {"fr_fr.UTF-8", "(null)"}, {"", "(null)"}};
   for (const auto& [system, standard] : rows) EXPECT_EQ(Take(KyLocale::GetStdLocaleName(system)), standard) << system;
   EXPECT_EQ(KyLocale::GetStdLocaleName(nullptr), nullptr);
   EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");

@@ -188,7 +188,8 @@ TEST_P(NumberLocales, ReadsTexts) {
 TEST(NumberTextWideRadix, KeepsThePrintfBytes) {
   const char* name = std::getenv("KY_TEST_WIDE_RADIX_LOCALE");
   if (name == nullptr) GTEST_SKIP() << "runs in number_locales, which names a locale with a two-byte radix";
-  if (std::setlocale(LC_ALL, name) == nullptr) GTEST_SKIP() << "locale " << name << " is not available (localedef could not build it)";
+  if (std::setlocale(LC_ALL, name) == nullptr)
+    GTEST_SKIP() << "locale " << name << " is not available (localedef could not build it)";
   const Written written = Write(1.5);
   const Written exponent = Write(-1e300);
   const Read read = ReadText("2.5");

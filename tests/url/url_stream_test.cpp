@@ -206,7 +206,8 @@ TEST_F(UrlStreamTest, HttpReplies) {
       {"http://127.0.0.1/long", "HTTP/1.0 200 OK\r\nContent-Length: 3\r\n\r\n", "0123456789"},
       {"http://127.0.0.1/gzip", "HTTP/1.0 200 OK\r\n\r\n", unzipped},
       {"http://127.0.0.1/close", nullptr, ""},    {"http://127.0.0.1", nullptr, ""},
-      {"http://joe@127.0.0.1/crlf", nullptr, ""}, {"ftp://joe@abcd/x", nullptr, ""}, {"http://example.com/x", nullptr, ""}};
+      {"http://joe@127.0.0.1/crlf", nullptr, ""}, {"ftp://joe@abcd/x", nullptr, ""},
+      {"http://example.com/x", nullptr, ""}};
   for (const auto& [url, header, data] : cases) {
     KyIUrlStream stream(url);
     EXPECT_EQ(stream.fail(), data.empty()) << url;
