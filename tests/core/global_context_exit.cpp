@@ -28,9 +28,7 @@ void Hook() { std::printf("hook\n"); }
 KySymbol* Kept = nullptr;
 
 // Registered before the context exists, so it runs after the context has died.
-void AfterContext() {
-  std::printf("%s\n", Kept != nullptr ? "symbols freed" : "no symbol");
-}
+void AfterContext() { std::printf("%s\n", Kept != nullptr ? "symbols freed" : "no symbol"); }
 
 }  // namespace
 
@@ -38,12 +36,8 @@ int main() {
   if (const char* name = std::getenv("KY_TEST_UNSET")) unsetenv(name);
   std::atexit(AfterContext);
   KyGlobalContext& context = KyGlobalContext::GetInstance();
-  context.addExitCallback(ExitA);
-  context.addExitCallback(ExitA);
-  context.addExitCallback(ExitB);
-  context.addExitCallback(ExitC);
-  context.addFreeCallback(FreeF);
-  context.addFreeCallback(FreeF);
+  for (void (*callback)() : {ExitA, ExitA, ExitB, ExitC}) context.addExitCallback(callback);
+  for (void (*callback)() : {FreeF, FreeF}) context.addFreeCallback(callback);
   KyGlobalContext::SetModuleShutdownHook(Hook);
   static int owner;
   context.addValue(&owner, &owner, &owner);

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "kybase/core/global_context.h"
@@ -31,52 +32,39 @@ const char kPublishedNames[] =
     R"("C" en_US; "English_United States" en_US; "English_United Kingdom" en_GB; "Afrikaans_South Africa" af_ZA; "Albanian_Albania" sq_AL; "Arabic_Algeria" ar_DZ; "Arabic_Bahrain" ar_BH; "Arabic_Egypt" ar_EG; "Arabic_Iraq" ar_IQ; "Arabic_Jordan" ar_JO; "Arabic_Kuwait" ar_KW; "Arabic_Lebanon" ar_LB; "Arabic_Libya" ar_LY; "Arabic_Morocco" ar_MA; "Arabic_Oman" ar_OM; "Arabic_Qatar" ar_QA; "Arabic_Saudi Arabia" ar_SA; "Arabic_Syria" ar_SY; "Arabic_Tunisia" ar_TN; "Arabic_U.A.E." ar_AE; "Arabic_Yemen" ar_YE; "Azeri (Cyrillic)_Azerbaijan" az_AZ; "Azeri (Latin)_Azerbaijan" az_AZ; "Basque_Spain" eu_ES; "Bulgarian_Bulgaria" bg_BG; "Belarusian_Belarus" be_BY; "Catalan_Spain" ca_ES; "Chinese_Hong Kong" zh_HK; "Chinese_Macau" zh_MO; "Chinese (Traditional)_Taiwan" zh_TW; "Chinese (Simplified)_People's Republic of China" zh_CN; "Chinese (PRC)_People's Republic of China" zh_CN; "Chinese(PRC)_People's Republic of China" zh_CN; "Chinese_People's Republic of China" zh_CN; "Chinese_Singapore" zh_SG; "Chinese_Taiwan" zh_TW; "Chinese_Hong Kong S.A.R." zh_HK; "Croatian_Croatia" hr_HR; "Czech_Czech Republic" cs_CZ; "Danish_Denmark" da_DK; "Dutch_Belgium" nl_BE; "Dutch_Netherlands" nl_NL; "English_Australia" en_AU; "English_Belize" en_BZ; "English_Canada" en_CA; "English_Ireland" en_IE; "English_Jamaica" en_JM; "English_New Zealand" en_NZ; "English_Republic of the Philippines" en_PH; "English_South Africa" en_ZA; "English_Trinidad y Tobago" en_TT; "English_Zimbabwe" en_ZW; "Estonian_Estonia" et_EE; "Farsi_Iran" fa_IR; "Faeroese_Faeroe Islands" fo_FO; "Finnish_Finland" fi_FI; "French_Belgium" fr_BE; "French_Canada" fr_CA; "French_France" fr_FR; "French_Luxembourg" fr_LU; "French_Principality of Monaco" fr_MC; "French_Switzerland" fr_CH; "German_Austria" de_AT; "German_Germany" de_DE; "German_Liechtenstein" de_LI; "German_Luxembourg" de_LU; "German_Switzerland" de_CH; "Greek_Greece" el_GR; "Hebrew_Israel" iw_IL; "Hungarian_Hungary" hu_HU; "Icelandic_Iceland" is_IS; "Indonesian_Indonesia" in_ID; "Italian_Italy" it_IT; "Italian_Switzerland" it_CH; "Japanese_Japan" ja_JP; "Kazakh_Kazakstan" kk_KZ; "Korean_Korea" ko_KR; "Korean (Johab)_Korea" ko_KR; "Latvian_Latvia" lv_LV; "Lithuanian_Lithuania" bo_LT; "Macedonian_Former Yugoslav Republic of Macedonia" mk_MK; "Malay_Brunei Darussalam" ms_BN; "Malay_Malaysia" ms_MY; "Norwegian (Bokmål)_Norway" no_NO; "Norwegian (Nynorsk)_Norway" no_NO; "Norwegian_Norway" no_NO; "Polish_Poland" pl_PL; "Portuguese_Brazil" pt_BR; "Portuguese_Portugal" pt_PT; "Romanian_Romania" ro_RO; "Russian_Russia" ru_RU; "Serbian (Latin)_Serbia" sh_YU; "Serbian (Cyrillic)_Serbia" sr_YU; "Slovak_Slovakia" sk_SK; "Slovene_Slovenia" sl_SI; "Slovenian_Slovenia" sl_SI; "Spanish_Argentina" es_AR; "Spanish_Bolivia" es_BO; "Spanish_Chile" es_CL; "Spanish_Colombia" es_CO; "Spanish_Costa Rica" es_CR; "Spanish_Dominican Republic" es_DO; "Spanish_Ecuador" es_EC; "Spanish_El Salvador" es_SV; "Spanish_Guatemala" es_GT; "Spanish_Mexico" es_MX; "Spanish_Honduras" es_HN; "Spanish_Nicaragua" es_NI; "Spanish_Panama" es_PA; "Spanish_Paraguay" es_PY; "Spanish_Peru" es_PE; "Spanish (Modern Sort)_Spain" es_ES; "Spanish - Modern Sort_Spain" es_ES; "Spanish_Puerto Rico" es_PR; "Spanish (Traditional Sort)_Spain" es_ES; "Spanish - Traditional Sort_Spain" es_ES; "Spanish_Spain" es_ES; "Spanish_Uruguay" es_UY; "Spanish_Venezuela" es_VE; "Swahili_Kenya" sw_KE; "Swedish_Finland" sv_FI; "Swedish_Sweden" sv_SE; "Tatar_Tatarstan" tt_TS; "Thai_Thailand" th_TH; "Turkish_Turkey" tr_TR; "Ukrainian_Ukraine" uk_UA; "Urdu_Islamic Republic of Pakistan" ur_PK; "Uzbek_Republic of Uzbekistan" uz_UZ)";
 
 TEST(LocaleTables, NameTableHoldsEveryPublishedRowInOrder) {
-  std::vector<std::pair<std::string, std::string>> rows;
-  for (const char* p = kPublishedNames; (p = std::strchr(p, '"')) != nullptr;) {
+  int i = 0;
+  for (const char* p = kPublishedNames; (p = std::strchr(p, '"')) != nullptr; ++i) {
     const char* end = std::strchr(p + 1, '"');
     std::string key(p + 1, end);
     std::size_t ring = key.find("\xC3\xA5");  // the published text is UTF-8
     if (ring != std::string::npos) key.replace(ring, 2, "\xE5");
-    rows.emplace_back(key, std::string(end + 2, end + 7));
+    ASSERT_NE(KyLocaleTables::localeNameTable[i].key, nullptr) << i;
+    EXPECT_EQ(KyLocaleTables::localeNameTable[i].key, key) << i;
+    EXPECT_EQ(KyLocaleTables::localeNameTable[i].value, std::string(end + 2, end + 7)) << i;
     p = end + 7;
   }
-  ASSERT_EQ(rows.size(), 128u);
-  for (int i = 0; i < 128; ++i) {
-    EXPECT_EQ(KyLocaleTables::localeNameTable[i].key, rows[i].first) << i;
-    EXPECT_EQ(KyLocaleTables::localeNameTable[i].value, rows[i].second) << i;
-  }
+  EXPECT_EQ(i, 128);
   EXPECT_EQ(KyLocaleTables::localeNameTable[128].key, nullptr);
   EXPECT_EQ(Take(KyLocaleTables::lookupStdLangTerr("Norwegian (Bokm\xE5l)_Norway")), "no_NO");
 }
 
 TEST(LocaleTables, CodesetChain) {
-  struct Row {
-    const char* codeset;
-    const char* langTerr;
-    int encoding;
-  } rows[] = {
-      {"ISO_646.irv", nullptr, 1}, {"646", nullptr, 1},        {"xISO_646", nullptr, 0},
-      {"ISO8859-1", nullptr, 2},   {"iso88591", nullptr, 2},   {"xISO8859-1", nullptr, 2},
-      {"ISO8859-1x", nullptr, 2},  {"ISO8859-12", nullptr, 2}, {"ISO8859-15", nullptr, 34},
-      {"ISO-8859-15", nullptr, 34}, {"iso885915x", nullptr, 34}, {"ISO-8859-2", nullptr, 3},
-      {"iso88599", nullptr, 10},   {"ISO8859-10", nullptr, 11}, {"TACTIS", nullptr, 31},
-      {"xTIS620", nullptr, 31},    {"ISO8859-13", nullptr, 32}, {"iso885914", nullptr, 33},
-      {"EUCJP", nullptr, 12},      {"ujis", nullptr, 12},      {"PCK", nullptr, 13},
-      {"SJIS", nullptr, 13},       {"KSC5601", nullptr, 14},   {"hp15CN", nullptr, 15},
-      {"xeucCN", nullptr, 15},     {"BIG5HK", nullptr, 17},    {"xhkscs", nullptr, 17},
-      {"Big5", nullptr, 16},       {"ucns", nullptr, 18},      {"gbk", nullptr, 37},
-      {"deckanji", nullptr, 38},   {"xdeckanji", nullptr, 38}, {"sdeckanji", nullptr, 0},
-      {"deckorean", nullptr, 39},  {"dechanzi", nullptr, 40},  {"DECHANYU", nullptr, 41},
-      {"ROMAN8", nullptr, 19},     {"IBM850", nullptr, 20},    {"1250", nullptr, 21},
-      {"1252", nullptr, 23},       {"x1252", nullptr, 0},      {"1258", nullptr, 29},
-      {"x932", nullptr, 13},       {"936", nullptr, 15},       {"950", "zh_HK", 17},
-      {"950", "zh_TW", 16},        {"950", nullptr, 16},       {"UTF-8", nullptr, 30},
-      {"Utf-8", nullptr, 30},      {"xutf8", nullptr, 30},     {"949", nullptr, 35},
-      {"874", nullptr, 36},        {"euc", "ja_JP", 12},       {"EUC", "ko_KR", 14},
-      {"EUC", "zh_CN", 15},        {"EUC", "zh_TW", 18},       {"EUC", "fr_FR", 0},
-      {"EUC", nullptr, 0},         {"Shift_JIS", nullptr, 0},  {"EUC-KR", nullptr, 0},
-      {"windows-1252", nullptr, 0}, {"hp-roman8", nullptr, 0}, {"", nullptr, 0},
-  };
+  struct Row { const char* codeset; const char* langTerr; int encoding; } rows[] = {
+      {"ISO_646.irv", nullptr, 1}, {"646", nullptr, 1}, {"xISO_646", nullptr, 0}, {"ISO8859-1", nullptr, 2},
+      {"iso88591", nullptr, 2}, {"xISO8859-1", nullptr, 2}, {"ISO8859-1x", nullptr, 2}, {"ISO8859-12", nullptr, 2},
+      {"ISO8859-15", nullptr, 34}, {"ISO-8859-15", nullptr, 34}, {"iso885915x", nullptr, 34},
+      {"ISO-8859-2", nullptr, 3}, {"iso88599", nullptr, 10}, {"ISO8859-10", nullptr, 11}, {"TACTIS", nullptr, 31},
+      {"xTIS620", nullptr, 31}, {"ISO8859-13", nullptr, 32}, {"iso885914", nullptr, 33}, {"EUCJP", nullptr, 12},
+      {"ujis", nullptr, 12}, {"PCK", nullptr, 13}, {"SJIS", nullptr, 13}, {"KSC5601", nullptr, 14},
+      {"hp15CN", nullptr, 15}, {"xeucCN", nullptr, 15}, {"BIG5HK", nullptr, 17}, {"xhkscs", nullptr, 17},
+      {"Big5", nullptr, 16}, {"ucns", nullptr, 18}, {"gbk", nullptr, 37}, {"deckanji", nullptr, 38},
+      {"xdeckanji", nullptr, 38}, {"sdeckanji", nullptr, 0}, {"deckorean", nullptr, 39}, {"dechanzi", nullptr, 40},
+      {"DECHANYU", nullptr, 41}, {"ROMAN8", nullptr, 19}, {"IBM850", nullptr, 20}, {"1250", nullptr, 21},
+      {"1252", nullptr, 23}, {"x1252", nullptr, 0}, {"1258", nullptr, 29}, {"x932", nullptr, 13}, {"936", nullptr, 15},
+      {"950", "zh_HK", 17}, {"950", "zh_TW", 16}, {"950", nullptr, 16}, {"UTF-8", nullptr, 30}, {"Utf-8", nullptr, 30},
+      {"xutf8", nullptr, 30}, {"949", nullptr, 35}, {"874", nullptr, 36}, {"euc", "ja_JP", 12}, {"EUC", "ko_KR", 14},
+      {"EUC", "zh_CN", 15}, {"EUC", "zh_TW", 18}, {"EUC", "fr_FR", 0}, {"EUC", nullptr, 0}, {"Shift_JIS", nullptr, 0},
+      {"EUC-KR", nullptr, 0}, {"windows-1252", nullptr, 0}, {"hp-roman8", nullptr, 0}, {"", nullptr, 0}};
   for (const Row& row : rows)
     EXPECT_EQ(KyLocaleTables::encodingFromCodeset(KyString(row.codeset), row.langTerr), row.encoding)
         << row.codeset << " " << (row.langTerr ? row.langTerr : "null");
@@ -94,36 +82,20 @@ TEST(LocaleTables, NameServices) {
   for (int i = 0; i < 42; ++i)
     EXPECT_EQ(KyLocale::GetKyEncoding(KyLocale::GetEncodingName(static_cast<KyEncoding>(i))), i);
 
-  struct {
-    int own, other, result;
-  } compat[] = {{2, 2, 1}, {2, 23, 1}, {23, 2, 2}, {2, 34, 0}, {34, 2, 2}, {37, 15, 2},
-                {15, 37, 1}, {0, 1, 0}, {1, 2, 0}, {17, 16, 1}, {36, 31, 2}, {31, 36, 1}};
-  for (const auto& row : compat)
-    EXPECT_EQ(KyLocaleTables::isEncodingCompatible(static_cast<KyEncoding>(row.own),
-                                                   static_cast<KyEncoding>(row.other)),
-              row.result)
-        << row.own << " " << row.other;
+  const int compat[][3] = {{2, 2, 1},  {2, 23, 1}, {23, 2, 2},  {2, 34, 0},  {34, 2, 2},  {37, 15, 2},
+                           {15, 37, 1}, {0, 1, 0},  {1, 2, 0},   {17, 16, 1}, {36, 31, 2}, {31, 36, 1}};
+  for (const auto& [own, other, result] : compat)
+    EXPECT_EQ(KyLocaleTables::isEncodingCompatible(KyEncoding(own), KyEncoding(other)), result) << own << " " << other;
 }
 
 TEST(LocaleTables, StdLocaleNames) {
   std::setlocale(LC_ALL, "C");
-  struct {
-    const char* system;
-    const char* standard;
-  } rows[] = {
-      {"C", "en_US.US-ASCII"},
-      {"C.UTF-8", "en_US.UTF-8"},
-      {"French_France.1252", "fr_FR.windows-1252"},
-      {"English_United States.65001", "en_US."},
-      {"Nowhere_Land.1252", "(null)"},
-      {"fr_FR.UTF-8", "fr_FR.UTF-8"},
-      {"kok_IN.UTF-8", "kok_IN.UTF-8"},
-      {"de_DE.ISO-8859-15@euro", "de_DE.ISO-8859-15"},
-      {"ko_KR.EUC-KR", "ko_KR."},
-      {"fr_fr.UTF-8", "(null)"},
-      {"", "(null)"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(Take(KyLocale::GetStdLocaleName(row.system)), row.standard) << row.system;
+  const std::pair<const char*, const char*> rows[] = {
+      {"C", "en_US.US-ASCII"},          {"C.UTF-8", "en_US.UTF-8"},    {"French_France.1252", "fr_FR.windows-1252"},
+      {"English_United States.65001", "en_US."},                       {"Nowhere_Land.1252", "(null)"},
+      {"fr_FR.UTF-8", "fr_FR.UTF-8"},   {"kok_IN.UTF-8", "kok_IN.UTF-8"}, {"ko_KR.EUC-KR", "ko_KR."},
+      {"de_DE.ISO-8859-15@euro", "de_DE.ISO-8859-15"}, {"fr_fr.UTF-8", "(null)"}, {"", "(null)"}};
+  for (const auto& [system, standard] : rows) EXPECT_EQ(Take(KyLocale::GetStdLocaleName(system)), standard) << system;
   EXPECT_EQ(KyLocale::GetStdLocaleName(nullptr), nullptr);
   EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
   // A mixed process locale comes back whole after a lookup that made a locale.
@@ -237,10 +209,7 @@ TEST(Locale, ExtensionsAndLocks) {
   auto* a = new TestExtension(locale, 1);
   auto* b = new TestExtension(locale, 2);
   auto* c = new TestExtension(locale, 1);
-  locale->addExtension(a);
-  locale->addExtension(b);
-  locale->addExtension(c);
-  locale->addExtension(nullptr);
+  for (TestExtension* extension : {a, b, c, static_cast<TestExtension*>(nullptr)}) locale->addExtension(extension);
   EXPECT_EQ(locale->getExtension(1), a);
   locale->removeExtension(b);
   EXPECT_EQ(locale->getExtension(2), nullptr);
@@ -307,29 +276,22 @@ class BuiltLocale : public testing::Test {
 };
 
 TEST_F(BuiltLocale, StandardNamesAndEncodings) {
-  struct {
-    const char* name;
-    const char* standard;  // of the character-type category
-    int encoding;          // of the object, 0 without a dot
-    const char* warning;
-  } rows[] = {
-      {"fr_FR.ISO-8859-1", "fr_FR.ISO-8859-1", 2, ""},
-      {"fr_FR", "fr_FR.ISO-8859-1", 0, ""},
-      {"ja_JP.EUC-JP", "ja_JP.EUC-JP", 12, ""},
-      {"ko_KR", "ko_KR.EUC-KR", 0, ""},
+  // Name, standard name of the character-type category, encoding (0 without a dot), warning.
+  const std::tuple<const char*, const char*, int, const char*> rows[] = {
+      {"fr_FR.ISO-8859-1", "fr_FR.ISO-8859-1", 2, ""}, {"fr_FR", "fr_FR.ISO-8859-1", 0, ""},
+      {"ja_JP.EUC-JP", "ja_JP.EUC-JP", 12, ""},         {"ko_KR", "ko_KR.EUC-KR", 0, ""},
       {"ko_KR.EUC-KR", "(null)", 0, "Not a standard KBC locale ko_KR.EUC-KR\n"},
-      {"de_DE.ISO-8859-15@euro", "de_DE.ISO-8859-15", 34, ""},
-  };
-  for (const auto& row : rows) {
-    if (!Have(row.name)) {
-      std::cout << "skipped " << row.name << ": localedef could not build it\n";
+      {"de_DE.ISO-8859-15@euro", "de_DE.ISO-8859-15", 34, ""}};
+  for (const auto& [name, standard, encoding, warning] : rows) {
+    if (!Have(name)) {
+      std::cout << "skipped " << name << ": localedef could not build it\n";
       continue;
     }
     testing::internal::CaptureStderr();
-    KyLocale locale(row.name);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), row.warning) << row.name;
-    EXPECT_EQ(Take(locale.getStdLocaleName(kCategoryCType)), row.standard) << row.name;
-    EXPECT_EQ(locale.getEncoding(), row.encoding) << row.name;
+    KyLocale locale(name);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), warning) << name;
+    EXPECT_EQ(Take(locale.getStdLocaleName(kCategoryCType)), standard) << name;
+    EXPECT_EQ(locale.getEncoding(), encoding) << name;
     std::setlocale(LC_ALL, "C");
   }
   if (Have("fr_FR")) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 
 namespace ky_test {
@@ -23,13 +24,8 @@ inline void WriteFile(const std::string& path, const std::string& text) {
 inline void AddModule(const std::string& folder, const std::string& name, const std::string& requires,
                       const std::string& plugin = "ky_test_a") {
   std::string text = "<module version=\"6.1\">";
-  std::size_t start = 0;
-  while (start < requires.size()) {
-    std::size_t end = requires.find(' ', start);
-    if (end == std::string::npos) end = requires.size();
-    text += "<requires module=\"" + requires.substr(start, end - start) + "\"/>";
-    start = end + 1;
-  }
+  std::istringstream names(requires);
+  for (std::string name; names >> name;) text += "<requires module=\"" + name + "\"/>";
   WriteFile(folder + "/" + name + ".kmd", text + "</module>");
   std::filesystem::copy_file(std::string(KY_TEST_PLUGIN_DIR) + "/" + plugin + ".so", folder + "/" + name + ".so");
 }

@@ -29,23 +29,17 @@ TEST(ModuleDescriptor, BothFormsAndTheirLines) {
     return std::string("KyModule: Invalid version (\"") + text + "\") in module descriptor '" + file +
            "'. Expecting \"6.2\"\n";
   };
-  struct Row {
-    std::string text;
-    std::string lines;
-    int version;
-  } rows[] = {
-      {"<module/>", "", 0},
-      {"<module version=\"6.21\" name=\"other\"/>", "", 621},
-      {"<module version=\"6.215\"/>", refused("6.215"), kNone},
-      {"<module version=\"-1\"/>", "", -99},
-      {"<module version=\"abc\"/>", "", 0},
-      {"<module version=\"1e400\"/>", refused("1e400"), kNone},
-      {"<module version=\"-1e400\"/>", "", INT_MIN},
-      {"<Module/>", invalid, kNone},
-      {"<m/>   ", invalid, kNone},
-      {"//KYRL Panes\nRoot { A }", invalid, kNone},
+  std::string deep;
+  for (int i = 0; i < 200000; ++i) deep += i < 100000 ? "<a>" : "</a>";
+  struct Row { std::string text; std::string lines; int version; } rows[] = {
+      {"<module/>", "", 0},                                {"<module version=\"6.21\" name=\"other\"/>", "", 621},
+      {"<module version=\"6.215\"/>", refused("6.215"), kNone}, {"<module version=\"-1\"/>", "", -99},
+      {"<module version=\"abc\"/>", "", 0},                  {"<module version=\"1e400\"/>", refused("1e400"), kNone},
+      {"<module version=\"-1e400\"/>", "", INT_MIN},          {"<Module/>", invalid, kNone},
+      {"<m/>   ", invalid, kNone},                        {"//KYRL Panes\nRoot { A }", invalid, kNone},
       {"// KYRL Panes\n  \n", "", kNone},
       {"// KYRL Panes" + std::string(1030, 'x') + "\nRoot { A B }\nNext { C", "old", 621},
+      {"<module version=\"6\">" + deep + "</module>", "", 600},  // read without recursion
   };
   for (const Row& row : rows) {
     WriteFile(file, row.text);
@@ -54,9 +48,9 @@ TEST(ModuleDescriptor, BothFormsAndTheirLines) {
     KyModuleLoader::scanDescriptor(KyPathName(file.c_str()), KyPathName((folder + "/m.so").c_str()));
     std::string lines = testing::internal::GetCapturedStderr();
     KyModuleDescriptor* descriptor = KyModule::Find("m");
-    EXPECT_EQ(descriptor != nullptr ? descriptor->getVersion() : kNone, row.version) << row.text;
+    EXPECT_EQ(descriptor != nullptr ? descriptor->getVersion() : kNone, row.version) << row.text.substr(0, 80);
     if (row.lines != "old") {
-      EXPECT_EQ(lines, row.lines) << row.text;
+      EXPECT_EQ(lines, row.lines) << row.text.substr(0, 80);
     } else {
       EXPECT_EQ(lines.find("KyModule warning: module descriptor '" + file +
                            "' has an old format.\nHere is the new preferred format:\n"),
@@ -79,17 +73,6 @@ TEST(ModuleDescriptor, BothFormsAndTheirLines) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), invalid + invalid);
   EXPECT_EQ(KyModule::Find("m"), nullptr);
 
-  // Deep documents read without recursion.
-  std::string deep = "<module version=\"6\">";
-  for (int i = 0; i < 100000; ++i) deep += "<a>";
-  for (int i = 0; i < 100000; ++i) deep += "</a>";
-  WriteFile(file, deep + "</module>");
-  KyXmlError::Reset();
-  KyModuleLoader::scanDescriptor(KyPathName(file.c_str()), KyPathName());
-  ASSERT_NE(KyModule::Find("m"), nullptr);
-  EXPECT_EQ(KyModule::Find("m")->getVersion(), 600);
-  KyModuleLoader::releaseDescriptors();
-
   // Files that are not regular are passed over unread, without blocking.
   ASSERT_EQ(mkfifo((folder + "/p.kmd").c_str(), 0600), 0);
   KyModuleLoader::scanDescriptor(KyPathName((folder + "/p.kmd").c_str()), KyPathName());
@@ -102,12 +85,8 @@ class ModuleLoader : public testing::Test {
   void SetUp() override {
     first = MakeFolder();
     second = MakeFolder();
-    AddModule(first, "a", "b");
-    AddModule(first, "b", "c");
-    AddModule(first, "c", "");
-    AddModule(first, "x", "y");
-    AddModule(first, "y", "x");
-    AddModule(first, "s", "s");
+    // A chain a -> b -> c, a cycle x <-> y, and s requiring itself.
+    for (const char* pair : {"ab", "bc", "c", "xy", "yx", "ss"}) AddModule(first, {pair[0]}, pair + 1);
     AddModule(first, "e", "", "ky_test_noentry");
     AddModule(first, "u", "", "ky_test_unresolved");
     AddModule(first, "r", "");
@@ -145,14 +124,9 @@ TEST_F(ModuleLoader, LoadsWithRequirementsAndReportsEachFailure) {
   EXPECT_EQ(KyModule::Load("a.so", &arg), a);
   EXPECT_EQ(arg.calls, 1);
 
-  struct Row {
-    const char* name;
-    KyModule::Error status;
-    std::string lines;
-  } rows[] = {
+  struct Row { const char* name; KyModule::Error status; std::string lines; } rows[] = {
       {"f", KyModule::kModuleNotFound, "Module load failed (LoadLibrary): "},
-      {"u", KyModule::kModuleNotFound, "Module load failed (LoadLibrary): "},
-      {"e", KyModule::kEntryPointNotFound, ""},
+      {"u", KyModule::kModuleNotFound, "Module load failed (LoadLibrary): "}, {"e", KyModule::kEntryPointNotFound, ""},
       {"x", KyModule::kDependencyNotResolved,
        "KyModule error: Module 'y' requires unloadable module 'x'\n"
        "KyModule error: Module 'x' requires unloadable module 'y'\n"},

@@ -17,9 +17,7 @@
 
 int main() {
   const std::string folder = ky_test::MakeFolder();
-  ky_test::AddModule(folder, "a", "b");
-  ky_test::AddModule(folder, "b", "c");
-  ky_test::AddModule(folder, "c", "");
+  for (const char* pair : {"ab", "bc", "c"}) ky_test::AddModule(folder, {pair[0]}, pair + 1);
   ky_test::AddModule(folder, "e", "", "ky_test_noentry");
   ky_test::WriteFile(folder + "/x.kmd", "<module/>");
   setenv("KYMODULEPATH", folder.c_str(), 1);
@@ -36,13 +34,9 @@ int main() {
 
   const std::string mode = std::getenv("KY_TRACEMODULES");
   const std::string d = folder + "/";
-  std::vector<std::string> scan = {
-      "KyModuleLoader: Scanning " + d + "a.kmd - lib=" + d + "a.so",
-      "KyModuleLoader: Scanning " + d + "b.kmd - lib=" + d + "b.so",
-      "KyModuleLoader: Scanning " + d + "c.kmd - lib=" + d + "c.so",
-      "KyModuleLoader: Scanning " + d + "e.kmd - lib=" + d + "e.so",
-      "KyModule: Cannot find library : " + d + "x.so",
-  };
+  std::vector<std::string> scan = {"KyModule: Cannot find library : " + d + "x.so"};
+  for (const char* name : {"a", "b", "c", "e"})
+    scan.push_back(std::string("KyModuleLoader: Scanning ") + d + name + ".kmd - lib=" + d + name + ".so");
   std::vector<std::string> load;
   for (const char* name : {"a", "b", "c"}) {
     load.push_back(std::string("KyModule::Load(") + name + ") -> name=" + name);
@@ -58,13 +52,10 @@ int main() {
                            "    => FAILURE. Error:EntryPointNotFound"});
 
   std::vector<std::string> expected;
-  bool loaded = true;
+  const bool loaded = mode != "disableload";
   if (mode == "YES" || mode == "Scan") expected = scan;
   if (mode == "YES") expected.insert(expected.end(), load.begin(), load.end());
-  if (mode == "disableload") {
-    expected = {"KyModuleLoader: Loading Disabled", "KyModuleLoader: Loading Disabled"};
-    loaded = false;
-  }
+  if (!loaded) expected = {"KyModuleLoader: Loading Disabled", "KyModuleLoader: Loading Disabled"};
 
   std::ifstream in(log);
   std::vector<std::string> lines;

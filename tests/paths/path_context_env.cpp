@@ -5,6 +5,7 @@
 // reads them.
 #include <cstdio>
 #include <cstdlib>
+#include <sstream>
 #include <string>
 
 #include "kybase/core/global_context.h"
@@ -32,14 +33,8 @@ void Hook() { Print("hook"); }
 }  // namespace
 
 int main() {
-  if (const char* names = std::getenv("KY_TEST_UNSET")) {
-    std::string all = names;
-    for (std::size_t start = 0, comma; start <= all.size(); start = comma + 1) {
-      comma = all.find(',', start);
-      if (comma == std::string::npos) comma = all.size();
-      unsetenv(all.substr(start, comma - start).c_str());
-    }
-  }
+  std::istringstream names(std::getenv("KY_TEST_UNSET") != nullptr ? std::getenv("KY_TEST_UNSET") : "");
+  for (std::string name; std::getline(names, name, ',');) unsetenv(name.c_str());
   KyGlobalContext& context = KyGlobalContext::GetInstance();
   Print("start");
   context.addInModulePathList(KyPathName("/added"));

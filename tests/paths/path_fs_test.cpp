@@ -45,9 +45,7 @@ class PathFsTest : public testing::Test {
 };
 
 TEST_F(PathFsTest, QueriesAndAccess) {
-  Write(root + "a.EXE", "x");
-  Write(root + "a.cmd", "x");
-  Write(root + "run", "x");
+  for (const char* name : {"a.EXE", "a.cmd", "run"}) Write(root + name, "x");
   chmod((root + "run").c_str(), 0755);
   EXPECT_TRUE(P(root.c_str()).doesExist());
   EXPECT_TRUE(P(root.substr(0, root.size() - 1).c_str()).doesExist());

@@ -3,6 +3,8 @@
 #include <climits>
 #include <random>
 #include <string>
+#include <tuple>
+#include <utility>
 
 #include "kybase/paths/path_list.h"
 #include "kybase/paths/path_name.h"
@@ -26,16 +28,11 @@ std::string Parts(const P& p) {
 std::string LiteralNormalize(std::string d) {
   if (d.empty() || d.back() != '/') d += '/';
   d = S(KyString(d.c_str()).substitute("/./", "/"));
-  for (std::size_t i = d.find("//"); i != std::string::npos; i = d.find("//", i + 1)) {
-    std::size_t j = d.find_first_not_of('/', i + 1);
-    d = d.substr(0, i + 1) + (j == std::string::npos ? "" : d.substr(j));
-  }
+  for (std::size_t i; (i = d.find("//")) != std::string::npos;) d.erase(i, 1);
   if (d.compare(0, 2, "./") == 0) d.erase(0, 2);
   long s = 0;
-  if (d.compare(0, 3, "../") == 0) {
-    while (d.compare(s, 3, "../") == 0) s += 3;
-    s -= 1;
-  }
+  while (d.compare(s, 3, "../") == 0) s += 3;
+  if (s > 0) s -= 1;
   for (long i = static_cast<long>(d.find("/../", s)); i > 0 && i != -1; i = static_cast<long>(d.find("/../", s))) {
     if (i == s) {
       s += 3;
@@ -48,30 +45,15 @@ std::string LiteralNormalize(std::string d) {
 }
 
 TEST(PathNameTest, UnixAndDosParsersAndPrinters) {
-  struct Case {
-    const char* text;
-    bool dos;
-    const char* parts;
-    const char* unix;
-  } cases[] = {
-      {".", false, "|./||", "./"},
-      {"..", false, "|./|..|", ".."},
-      {"foo/", false, "|foo/||", "foo/"},
-      {"/", false, "|/||", "/"},
-      {"a/b.c.d", false, "|a/|b.c|d", "a/b.c.d"},
-      {".profile", false, "|./|.profile|", ".profile"},
-      {"name.", false, "|./|name.|", "name."},
-      {"foo/..", false, "|foo/|..|", "foo/.."},
-      {"c:/x", false, "|c:/|x|", "c:/x"},
-      {"a\\b", false, "|./|a\\b|", "a\\b"},
-      {"c:", true, "c|./||", "./"},
-      {"C:\\Temp\\a.b.txt", true, "C|/Temp/|a.b|txt", "/Temp/a.b.txt"},
-      {"1:x", true, "|./|1:x|", "1:x"},
+  struct Case { const char* text; bool dos; const char* parts; const char* unix; } cases[] = {
+      {".", false, "|./||", "./"},           {"..", false, "|./|..|", ".."},        {"foo/", false, "|foo/||", "foo/"},
+      {"/", false, "|/||", "/"},             {"a/b.c.d", false, "|a/|b.c|d", "a/b.c.d"},
+      {".profile", false, "|./|.profile|", ".profile"},                {"name.", false, "|./|name.|", "name."},
+      {"foo/..", false, "|foo/|..|", "foo/.."},  {"c:/x", false, "|c:/|x|", "c:/x"},
+      {"a\\b", false, "|./|a\\b|", "a\\b"},    {"c:", true, "c|./||", "./"},          {"1:x", true, "|./|1:x|", "1:x"},
+      {"C:\\Temp\\a.b.txt", true, "C|/Temp/|a.b|txt", "/Temp/a.b.txt"}, {"\\\\srv", true, "|/|srv|", "/srv"},
       {"\\\\srv\\share\\d\\f.c", true, "\\\\srv\\share|/d/|f|c", "/d/f.c"},
-      {"\\\\srv", true, "|/|srv|", "/srv"},
-      {"\\\\srv\\share", true, "\\\\srv\\share|./||", "./"},
-      {"c:./foo", true, "c|./|foo|", "foo"},
-  };
+      {"\\\\srv\\share", true, "\\\\srv\\share|./||", "./"}, {"c:./foo", true, "c|./|foo|", "foo"}};
   for (const Case& c : cases) {
     P p;
     c.dos ? p.setDosValue(c.text) : p.setUnixValue(c.text);
@@ -124,18 +106,15 @@ TEST(PathNameTest, RangesAndSetters) {
 }
 
 TEST(PathNameTest, NormalizeMatchesItsStepsOnRandomTexts) {
-  struct Case {
-    const char* in;
-    const char* out;
-  } cases[] = {{"a/b/../c", "a/c/"},           {"a/../b/", "b/"},      {"a/..", ""},
-               {"../../a/../b/", "../../b/"},  {"//a///b", "/a/b/"},   {"./a", "a/"},
-               {"a/././b", "a/b/"},            {"/a/../../b/", "/../b/"}, {"/../b/", "/../b/"},
-               {"a/../../../", ""},            {"/../x/../", "/../x/../"}};
-  for (const Case& c : cases) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"a/b/../c", "a/c/"}, {"a/../b/", "b/"},         {"a/..", ""},      {"../../a/../b/", "../../b/"},
+      {"//a///b", "/a/b/"}, {"./a", "a/"},             {"a/././b", "a/b/"}, {"/a/../../b/", "/../b/"},
+      {"/../b/", "/../b/"}, {"a/../../../", ""},       {"/../x/../", "/../x/../"}};
+  for (const auto& [in, out] : cases) {
     P p;
-    p.setUnixDirectory(c.in);
-    EXPECT_EQ(S(p.getUnixDirectory(true)), *c.out ? c.out : "./") << c.in;
-    EXPECT_EQ(LiteralNormalize(c.in), c.out) << c.in;
+    p.setUnixDirectory(in);
+    EXPECT_EQ(S(p.getUnixDirectory(true)), *out ? out : "./") << in;
+    EXPECT_EQ(LiteralNormalize(in), out) << in;
   }
   // 200,000 pairs resolve in linear time (a quadratic pass would outlast the timeout).
   std::string pairs;
@@ -177,39 +156,25 @@ TEST(PathNameTest, CacheFollowsTheSystemForm) {
 }
 
 TEST(PathNameTest, Algebra) {
-  struct Case {
-    const char* a;
-    const char* b;
-    const char* merged;
-    const char* relative;
-  } cases[] = {
+  struct Case { const char* a; const char* b; const char* merged; const char* relative; } cases[] = {
       {"a/x.y", "b/c.txt", "a/b/c.txt", "x.y"},  // first parts agree on length alone
-      {"a/x.y", "/b/", "/b/", "a/x.y"},
-      {"a/x.y", "b/", "a/b/", "x.y"},
-      {"/a/b/c.txt", "/a/d/e/", "/a/d/e/", "../../b/c.txt"},
-      {"/a/b/c.txt", "/a/b/", "/a/b/", "c.txt"},
+      {"a/x.y", "/b/", "/b/", "a/x.y"}, {"a/x.y", "b/", "a/b/", "x.y"},
+      {"/a/b/c.txt", "/a/d/e/", "/a/d/e/", "../../b/c.txt"}, {"/a/b/c.txt", "/a/b/", "/a/b/", "c.txt"},
       {"a/b.txt", "/a/", "/a/", "a/b.txt"},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(S(P(c.a).merge(c.b).getUnixValue()), c.merged) << c.a << " " << c.b;
     EXPECT_EQ(S(P(c.a).computeRelativePath(c.b).getUnixValue()), c.relative) << c.a << " " << c.b;
   }
-  struct Cut {
-    const char* path;
-    const char* first;
-    const char* allButFirst;
-    const char* last;
-    const char* allButLast;
-    int levels;
-  } cuts[] = {{"/a/b/c/f.x", "/a/", "b/c/", "c/", "/a/b/", 3},
-              {"a/b/", "a/", "b/", "b/", "a/", 2},
-              {"/", "/", "./", "/", "/", 0},
-              {"", "./", "./", "./", "./", 0}};
+  // Path, first, all but first, last and all but last subdirectory, levels.
+  struct Cut { const char *path, *first, *butFirst, *last, *butLast; int levels; };
+  const Cut cuts[] = {{"/a/b/c/f.x", "/a/", "b/c/", "c/", "/a/b/", 3}, {"a/b/", "a/", "b/", "b/", "a/", 2},
+                      {"/", "/", "./", "/", "/", 0},                    {"", "./", "./", "./", "./", 0}};
   for (const Cut& c : cuts) {
     EXPECT_EQ(S(P(c.path).computeFirstSubDirectory().getUnixValue()), c.first) << c.path;
-    EXPECT_EQ(S(P(c.path).computeAllButFirstSubDirectory().getUnixValue()), c.allButFirst) << c.path;
+    EXPECT_EQ(S(P(c.path).computeAllButFirstSubDirectory().getUnixValue()), c.butFirst) << c.path;
     EXPECT_EQ(S(P(c.path).computeLastSubDirectory().getUnixValue()), c.last) << c.path;
-    EXPECT_EQ(S(P(c.path).computeAllButLastSubDirectory().getUnixValue()), c.allButLast) << c.path;
+    EXPECT_EQ(S(P(c.path).computeAllButLastSubDirectory().getUnixValue()), c.butLast) << c.path;
     EXPECT_EQ(P(c.path).computeLevelNumber(), c.levels) << c.path;
   }
   P root("/");
@@ -239,15 +204,12 @@ TEST(PathNameTest, Algebra) {
 }
 
 TEST(PathNameTest, MatchWithAlternatives) {
-  struct Case {
-    const char* name;
-    const char* pattern;
-    bool match;
-  } cases[] = {{"A.TXT", "*.txt", true},          {"abc.txt", "a(x|b)c.txt", true},  {"abc.txt", "(abc|xyz).txt", true},
-               {"abc.txt", "a(x|y)c.txt", false}, {"a(b.txt", "a(b.txt", true},      {"/a/b/f", "/a/*/f", true},
-               {"/a/b/c/f", "/a/*/f", true},      {"d/f", "e/f", false},             {"f.xml", "*.(xml|txt)", true},
-               {"f.txt", "*.(xml|txt)", true},    {"f.c", "*.(xml|txt)", false},     {"ab", "(x|y)|a)b", false}};
-  for (const Case& c : cases) EXPECT_EQ(P(c.name).match(c.pattern), c.match) << c.name << " " << c.pattern;
+  const std::tuple<const char*, const char*, bool> cases[] = {
+      {"A.TXT", "*.txt", true},        {"abc.txt", "a(x|b)c.txt", true}, {"abc.txt", "(abc|xyz).txt", true},
+      {"abc.txt", "a(x|y)c.txt", false}, {"a(b.txt", "a(b.txt", true},   {"/a/b/f", "/a/*/f", true},
+      {"/a/b/c/f", "/a/*/f", true},    {"d/f", "e/f", false},            {"f.xml", "*.(xml|txt)", true},
+      {"f.txt", "*.(xml|txt)", true},  {"f.c", "*.(xml|txt)", false},    {"ab", "(x|y)|a)b", false}};
+  for (const auto& [name, pattern, match] : cases) EXPECT_EQ(P(name).match(pattern), match) << name << " " << pattern;
 }
 
 std::string Items(const KyPathList& list) {
@@ -257,10 +219,8 @@ std::string Items(const KyPathList& list) {
 }
 
 TEST(PathListTest, OrdersTextAndSharing) {
-  KyPathList list(";");
-  EXPECT_EQ(S(list.getString()), ";/");
-  KyPathList two(":");
-  EXPECT_EQ(S(two.getString()), "./:./");
+  EXPECT_EQ(S(KyPathList(";").getString()), ";/");
+  EXPECT_EQ(S(KyPathList(":").getString()), "./:./");
   KyPathList z("z");
   z.insertInList(KyString("x:y"));
   EXPECT_EQ(S(z.getString()), "x/:y/:z/");

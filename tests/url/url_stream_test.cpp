@@ -41,24 +41,24 @@ std::shared_ptr<FILE> Python(const std::string& args, const std::string& log, un
 }
 
 // Test data is made once per build tree, under a temporary name first.
-void MakeData() {
-  if (access((kDir + "/data/two.zip").c_str(), R_OK) == 0) return;
-  std::string temp = kDir + "/data." + std::to_string(getpid());
-  RunPeers("data " + temp);
-  if (rename(temp.c_str(), (kDir + "/data").c_str()) != 0) RunPeers("data " + temp + " clean");
-}
-
-struct Read {
-  bool opened;
-  std::string data;
+class UrlStreamTest : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    if (access((kDir + "/data/two.zip").c_str(), R_OK) == 0) return;
+    std::string temp = kDir + "/data." + std::to_string(getpid());
+    RunPeers("data " + temp);
+    if (rename(temp.c_str(), (kDir + "/data").c_str()) != 0) RunPeers("data " + temp + " clean");
+  }
 };
+
+struct Read { bool opened; std::string data; };
 Read Open(const std::string& name, bool readOnce = false) {
   KyIUrlStream stream(name.c_str());
   if (readOnce) stream.setHints(KyIUrlStream::kReadOnce);
   return {!stream.fail(), Slurp(stream)};
 }
 
-TEST(UrlStreamTest, IsAnURL) {
+TEST_F(UrlStreamTest, IsAnURL) {
   const std::pair<const char*, bool> cases[] = {{"http:x", true}, {"ftp:a", true},    {"file:a", true},
                                                 {"http:", true},  {"HTTP:x", false},  {"C:/x", false},
                                                 {"http", false},  {"gopher:x", false}, {nullptr, false}};
@@ -66,8 +66,7 @@ TEST(UrlStreamTest, IsAnURL) {
 }
 
 // Every file, compressed or not, read whole and read once; null data: the open fails.
-TEST(UrlStreamTest, FilesAndCompressedData) {
-  MakeData();
+TEST_F(UrlStreamTest, FilesAndCompressedData) {
   const std::string text = FileText("text.txt");
   char cwd[4096];
   ASSERT_TRUE(getcwd(cwd, sizeof cwd) != nullptr && chdir((kDir + "/data").c_str()) == 0);
@@ -89,8 +88,7 @@ TEST(UrlStreamTest, FilesAndCompressedData) {
   ASSERT_EQ(chdir(cwd), 0);
 }
 
-TEST(UrlStreamTest, GigabyteBombReadOnceInSmallBlocks) {
-  MakeData();
+TEST_F(UrlStreamTest, GigabyteBombReadOnceInSmallBlocks) {
   KyIUrlStream stream((kDir + "/data/bomb.gz").c_str());
   stream.setHints(KyIUrlStream::kReadOnce);
   std::vector<char> block(1 << 20, 1);
@@ -123,11 +121,10 @@ void ReadBombInSmallAddressSpace() {
   std::exit(seekFails && readOnce && total == 1UL << 30 && stream.seekg(0).fail() ? 0 : 1);
 }
 
-TEST(UrlStreamTest, KeptDataBeyondTheHeapGoesOnInPlace) {
+TEST_F(UrlStreamTest, KeptDataBeyondTheHeapGoesOnInPlace) {
 #ifdef KY_TEST_ASAN
   GTEST_SKIP() << "AddressSanitizer cannot run under a limited address space";
 #endif
-  MakeData();
   EXPECT_EXIT(ReadBombInSmallAddressSpace(), testing::ExitedWithCode(0), "");
 }
 
@@ -141,8 +138,7 @@ struct Recorder : std::stringbuf {
   std::vector<std::streamsize> asks;
 };
 
-TEST(UrlStreamTest, ChunkSizesAndOwnership) {
-  MakeData();
+TEST_F(UrlStreamTest, ChunkSizesAndOwnership) {
   using Sizes = std::vector<std::streamsize>;
   const std::tuple<std::string, unsigned long, Sizes> cases[] = {
       {std::string(3000000, 'x'), 0x40000, {4096, 8192, 16384, 32768, 65536, 131072, 262144, 524288, 524288}},
@@ -166,8 +162,7 @@ TEST(UrlStreamTest, ChunkSizesAndOwnership) {
   EXPECT_TRUE(deleted);
 }
 
-TEST(UrlStreamTest, SeeksOverKeptData) {
-  MakeData();
+TEST_F(UrlStreamTest, SeeksOverKeptData) {
   const std::string text = FileText("text.txt");
   KyIUrlStream stream((kDir + "/data/text.txt").c_str());
   std::streambuf* buffer = stream.rdbuf();
@@ -197,7 +192,7 @@ TEST(UrlStreamTest, SeeksOverKeptData) {
   EXPECT_EQ(once.seekg(0, std::ios_base::end).tellg(), 4096);  // only the first chunk was kept
 }
 
-TEST(UrlStreamTest, HttpReplies) {
+TEST_F(UrlStreamTest, HttpReplies) {
   auto peer = Python("odd", kDir + "/odd.log", 80);
   std::string unzipped;
   for (int i = 0; i < 100; ++i) unzipped += "hello gzip over http\n";
@@ -210,10 +205,8 @@ TEST(UrlStreamTest, HttpReplies) {
       {"http://127.0.0.1/short", "HTTP/1.0 200 OK\r\nContent-Length: 100\r\n\r\n", "0123456789"},
       {"http://127.0.0.1/long", "HTTP/1.0 200 OK\r\nContent-Length: 3\r\n\r\n", "0123456789"},
       {"http://127.0.0.1/gzip", "HTTP/1.0 200 OK\r\n\r\n", unzipped},
-      {"http://127.0.0.1/close", nullptr, ""},
-      {"http://127.0.0.1", nullptr, ""},
-      {"http://joe@127.0.0.1/crlf", nullptr, ""},
-      {"ftp://joe@abcd/x", nullptr, ""},
+      {"http://127.0.0.1/close", nullptr, ""},    {"http://127.0.0.1", nullptr, ""},
+      {"http://joe@127.0.0.1/crlf", nullptr, ""}, {"ftp://joe@abcd/x", nullptr, ""},
       {"http://example.com/x", nullptr, ""}};
   for (const auto& [url, header, data] : cases) {
     KyIUrlStream stream(url);
@@ -221,16 +214,15 @@ TEST(UrlStreamTest, HttpReplies) {
     EXPECT_STREQ(stream.getHeader(), header) << url;
     EXPECT_EQ(Slurp(stream), data) << url;
   }
-  std::ifstream log(kDir + "/odd.log");
-  EXPECT_NE(Slurp(log).find("GET /crlf HTTP/1.0\nUser-Agent: Mozilla/1.5\nHost: 127.0.0.1\nAccept: */*\n\n"), std::string::npos);
+  const std::string request = "GET /crlf HTTP/1.0\nUser-Agent: Mozilla/1.5\nHost: 127.0.0.1\nAccept: */*\n\n";
+  EXPECT_NE(FileText("../odd.log").find(request), std::string::npos);
   std::vector<std::string> names(9, "127.0.0.1");  // none for the URL without "/"
   names.insert(names.end(), {"@127.0.0.", "@abc", "example.com"});
   EXPECT_EQ(KyNetGuard::Names(), names);
   EXPECT_EQ(KyNetGuard::Ports(), std::vector<unsigned short>(9, 80));
 }
 
-TEST(UrlStreamTest, HttpFilesSeekBackAndEndlessHeader) {
-  MakeData();
+TEST_F(UrlStreamTest, HttpFilesSeekBackAndEndlessHeader) {
   auto files = Python("http " + kDir + "/data", kDir + "/http.log", 80);
   KyIUrlStream stream("http://127.0.0.1/fields.gz");
   EXPECT_EQ(std::string(stream.getHeader()).substr(0, 17), "HTTP/1.0 200 OK\r\n");
@@ -261,8 +253,7 @@ TEST_P(UrlWaitTest, FailsWithinBound) {
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(25));
 }
 
-TEST(UrlStreamTest, FtpRetrieval) {
-  MakeData();
+TEST_F(UrlStreamTest, FtpRetrieval) {
   auto peer = Python("ftp " + kDir + "/data", kDir + "/ftp.log", 21);
   EXPECT_EQ(Open("ftp://u:p@x@127.0.0.1:2121/dir/file.txt").data, "retrieved by ftp\n");
   std::string log = FileText("../ftp.log");

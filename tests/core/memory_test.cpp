@@ -1,9 +1,16 @@
-#include "kybase/core/memory_pool.h"
+#include "kybase/core/memory_manager.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <cstdint>
 #include <cstring>
+#include <new>
 #include <sstream>
+#include <utility>
+
+#include "kybase/core/memory_pool.h"
+#include "support/sanitizer.h"
 
 namespace {
 
@@ -12,7 +19,6 @@ class TestPool : public KyMemoryPool {
  public:
   TestPool() : KyMemoryPool(1) {}
   using KyMemoryPool::getBlock;
-  using KyMemoryPool::grow;
   using KyMemoryPool::release;
   using KyMemoryPool::take;
 
@@ -126,5 +132,100 @@ TEST(MemoryPool, OversizedRequestsFailInsteadOfLooping) {
   EXPECT_EQ(pool.reAlloc(block, (1UL << 31) + 1, false), nullptr);
   EXPECT_EQ(pool.sizeOf(block), 64u);
 }
+
+std::ptrdiff_t Distance(void* from, void* to) { return static_cast<char*>(to) - static_cast<char*>(from); }
+
+TEST(MemoryManager, SizeClassesRoundToEightAndShareCellsWithinAClass) {
+  // Consecutive fresh cells of one request size lie one rounded size apart.
+  const std::pair<unsigned int, std::ptrdiff_t> cases[] = {{1, 8},   {8, 8},   {9, 16},  {16, 16},
+                                                           {17, 24}, {33, 40}, {57, 64}, {64, 64}};
+  for (const auto& [request, cell] : cases) {
+    KyMemoryManager manager;
+    void* first = manager.alloc(request);
+    void* second = manager.alloc(request);
+    EXPECT_EQ(Distance(first, second), cell) << "request " << request;
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(first) % 8, 0u);
+    // Any size of the same class may release the cell; the next request of the class gets it.
+    manager.release(first, static_cast<unsigned int>(cell));
+    EXPECT_EQ(manager.alloc(static_cast<unsigned int>(cell - 7)), first) << "request " << request;
+  }
+  KyMemoryManager manager;  // the free list is last in, first out
+  void* a = manager.alloc(8);
+  void* b = manager.alloc(8);
+  void* c = manager.alloc(8);
+  for (void* cell : {a, static_cast<void*>(nullptr), c, b}) manager.release(cell, 8);
+  EXPECT_EQ(manager.alloc(8), b);
+  EXPECT_EQ(manager.alloc(8), c);
+  EXPECT_EQ(manager.alloc(8), a);
+}
+
+// A block holds 4088 bytes of cells. What is left when the next cell does not fit goes
+// to the free list of its size; an exact fill leaves nothing to list.
+TEST(MemoryManager, RemainderOfABlockGoesToItsFreeList) {
+  KyMemoryManager manager;
+  void* first = manager.alloc(64);
+  for (int i = 1; i < 63; ++i) manager.alloc(64);  // 4032 bytes
+  void* fromNewBlock = manager.alloc(64);
+  EXPECT_EQ(Distance(first, manager.alloc(56)), 63 * 64);
+  EXPECT_EQ(Distance(fromNewBlock, manager.alloc(56)), 64);  // the remainder was one cell
+  KyMemoryManager exact;
+  void* start = exact.alloc(8);
+  void* last = start;
+  for (int i = 1; i < 511; ++i) last = exact.alloc(8);
+  EXPECT_EQ(Distance(start, last), 510 * 8);
+  void* next = exact.alloc(8);
+  EXPECT_NE(Distance(start, next), 511 * 8);
+  EXPECT_EQ(Distance(next, exact.alloc(8)), 8);
+  EXPECT_EQ(Distance(next, exact.alloc(16)), 16);
+}
+
+TEST(MemoryManager, BigRequestsBypassCellsAndDieWithTheManager) {
+  auto* manager = new KyMemoryManager;
+  void* small = manager->alloc(64);
+  void* big = manager->alloc(65);
+  EXPECT_NE(Distance(small, big), 64);
+  static_cast<char*>(big)[64] = 1;
+  void* big2 = manager->alloc(1000);
+  static_cast<char*>(big2)[999] = 1;
+  manager->release(big2, 1000);
+  delete manager;  // frees `big`, which a leak checker would report otherwise
+}
+
+TEST(KyMemMove, SizeZeroTouchesNothingAndReallocKeepsContents) {
+  char target[4] = {'a', 'b', 'c', 'd'};
+  EXPECT_EQ(KyMemMove(target, nullptr, 0), target);
+  EXPECT_EQ(KyMemMove(nullptr, nullptr, 0), nullptr);
+  EXPECT_EQ(KyMemMove(target + 1, target, 3), target + 1);
+  EXPECT_EQ(std::string(target, 4), "aabc");
+  char* block = static_cast<char*>(KyMalloc(4));
+  std::memcpy(block, "abc", 4);
+  block = static_cast<char*>(KyRealloc(block, 4000));
+  ASSERT_NE(block, nullptr);
+  EXPECT_STREQ(block, "abc");
+  block = static_cast<char*>(KyRealloc(block, 0));  // size zero keeps a block
+  ASSERT_NE(block, nullptr);
+  KyFree(block);
+}
+
+#ifndef KY_TEST_ASAN
+int HandlerCalls = 0;
+void CountingHandler() {
+  if (++HandlerCalls == 3) std::set_new_handler(nullptr);
+}
+
+// Runs in a child whose address space is too small for the requests.
+void ExhaustHeap() {
+  rlimit limit{512UL << 20, 512UL << 20};
+  setrlimit(RLIMIT_AS, &limit);
+  std::set_new_handler(CountingHandler);
+  void* block = KyMalloc(0xF0000000u);
+  void* moved = KyRealloc(KyMalloc(16), 0xF0000000u);
+  std::exit(block == nullptr && moved == nullptr && HandlerCalls == 3 ? 0 : 1);
+}
+
+TEST(KyMalloc, RetriesThroughTheNewHandlerUntilItIsGone) {
+  EXPECT_EXIT(ExhaustHeap(), ::testing::ExitedWithCode(0), "");
+}
+#endif
 
 }  // namespace
