@@ -174,87 +174,59 @@ TEST(XmlNode, DocumentRootVersionAndEmpty) {
 }
 
 // Texts that fit inside the node, texts that do not, and the two around the edge, in
-// every node the reader fills in place.
+// every node the reader fills in place. Copies keep short texts after the tree is gone,
+// and storing over a kept text never frees it (the sanitizer build sees that).
 TEST(XmlNode, ReadTextsSurviveCopiesStoresAndTheTree) {
   KyXmlDocument document;
   ReadText(document,
-           "<r a='1' name-of-eighteen='value-of-5' b='fifteen letters' c='sixteen letters!' "
-           "d='x&#0;y' e='t&amp;u'>fifteen letters<tag-of-fifteen1/>&lt;&abcdefg;&abcdefgh;"
-           "sixteen letters!</r>");
-  ASSERT_FALSE(KyXmlError::IsSet());
+           "<r a='1' name-of-eighteen='value-of-5' b='fifteen letters' c='sixteen letters!' d='x&#0;y' "
+           "e='t&amp;u'>fifteen letters<tag-of-fifteen1/>&lt;&abcdefg;&abcdefgh;sixteen letters!</r>");
+  EXPECT_EQ(Written(document),
+            "<?xml version=\"1.0\"?>\n<r a=\"1\" name-of-eighteen=\"value-of-5\" b=\"fifteen letters\" "
+            "c=\"sixteen letters!\" d=\"x\" e=\"t&amp;u\">\nfifteen letters  <tag-of-fifteen1/>\n"
+            "&lt;sixteen letters!</r>\n");
   KyXmlElement* root = document.getRootElement();
-  const char* const attributes[][2] = {{"a", "1"},           {"name-of-eighteen", "value-of-5"},
-                                       {"b", "fifteen letters"}, {"c", "sixteen letters!"},
-                                       {"d", "x"},           {"e", "t&u"}};
-  for (const auto& pair : attributes) {
-    SCOPED_TRACE(pair[0]);
-    EXPECT_STREQ(root->getAttributeValue(pair[0]), pair[1]);
-  }
   KyKyXmlNodeIList& children = root->getChildren();
   ASSERT_EQ(children.getLength(), 6u);
   auto* shortText = static_cast<KyXmlText*>(children[0]);
-  EXPECT_STREQ(shortText->getText(), "fifteen letters");
-  EXPECT_STREQ(static_cast<KyXmlElement*>(children[1])->getTag(), "tag-of-fifteen1");
-  EXPECT_STREQ(static_cast<KyXmlText*>(children[2])->getText(), "<");
-  EXPECT_STREQ(static_cast<KyXmlCharRef*>(children[3])->getRefName(), "abcdefg");
+  auto* reference = static_cast<KyXmlCharRef*>(children[3]);
+  EXPECT_STREQ(reference->getRefName(), "abcdefg");
   EXPECT_STREQ(static_cast<KyXmlCharRef*>(children[4])->getRefName(), "abcdefgh");
-  EXPECT_STREQ(static_cast<KyXmlText*>(children[5])->getText(), "sixteen letters!");
 
-  // Copies of nodes whose texts are short keep them after the tree is gone; each frees
-  // only what it owns.
   KyXmlText textCopy(*shortText);
   KyXmlAttribute attributeCopy(*static_cast<KyXmlAttribute*>(root->getAttribute("a")));
-  KyXmlCharRef referenceCopy(*static_cast<KyXmlCharRef*>(children[3]));
+  KyXmlCharRef referenceCopy(*reference);
   KyXmlElement elementCopy(*root);
   elementCopy.getChildren() = KyKyXmlNodeIList();
   elementCopy.getAttributes() = KyKyXmlAttributeIList();
-  KyXmlText assigned;
-  assigned = *static_cast<KyXmlText*>(children[2]);
-
-  // Storing over a text kept inside a node, and growing one.
   shortText->appendText(" and more");
   EXPECT_STREQ(shortText->getText(), "fifteen letters and more");
-  auto* refName = static_cast<KyXmlCharRef*>(children[4]);
-  refName->setRefCode(62);
-  EXPECT_EQ(refName->getRefName(), nullptr);
+  reference->setRefCode(62);
   root->setTag("renamed");
-  EXPECT_STREQ(root->getTag(), "renamed");
   document.empty();
-
   EXPECT_STREQ(textCopy.getText(), "fifteen letters");
-  EXPECT_STREQ(attributeCopy.getName(), "a");
   EXPECT_STREQ(attributeCopy.getValue(), "1");
   EXPECT_STREQ(referenceCopy.getRefName(), "abcdefg");
   EXPECT_STREQ(elementCopy.getTag(), "r");
-  EXPECT_STREQ(assigned.getText(), "<");
 }
 
-// A text node class of the caller's, which records its text when it dies.
-class LoggedText : public KyXmlText {
- public:
+// A caller's text node that records its text when it dies.
+struct LoggedText : KyXmlText {
   explicit LoggedText(std::vector<std::string>& log) : log(log) {}
-  ~LoggedText() override { log.push_back(getText() != nullptr ? getText() : "(null)"); }
-
- private:
+  ~LoggedText() override { log.push_back(getText()); }
   std::vector<std::string>& log;
 };
 
-class LoggingDocument : public KyXmlDocument {
- public:
+struct LoggingDocument : KyXmlDocument {
   KyXmlTextI* createText() const override { return new LoggedText(log); }
   mutable std::vector<std::string> log;
 };
 
 TEST(XmlNode, NodesOfOtherClassesDieInListOrder) {
-  std::vector<std::string> log;
-  {
-    LoggingDocument document;
-    ReadText(document, "<r>one<a/>two<b>three</b>four</r>");
-    ASSERT_FALSE(KyXmlError::IsSet());
-    document.empty();
-    log = document.log;
-  }
-  EXPECT_EQ(log, (std::vector<std::string>{"one", "two", "three", "four"}));
+  LoggingDocument document;
+  ReadText(document, "<r>one<a/>two<b>three</b>four</r>");
+  document.empty();
+  EXPECT_EQ(document.log, (std::vector<std::string>{"one", "two", "three", "four"}));
 }
 
 TEST(XmlError, RecordAndNames) {
