@@ -15,7 +15,6 @@ void* P(std::uintptr_t value) { return reinterpret_cast<void*>(value); }
 TEST(GlobalContext, ValueRegistryErrorNumbers) {
   KyGlobalContext& context = KyGlobalContext::GetInstance();
   void* owner = P(0x1000);
-  void* other = P(0x2000);
   void* value = P(1);
   void* found = nullptr;
 
@@ -24,7 +23,7 @@ TEST(GlobalContext, ValueRegistryErrorNumbers) {
   auto step = [](bool done) { return std::make_pair(done, KyGlobalContext::GetError()); };
   const std::pair<bool, int> steps[] = {
       step(context.addValue(P(10), P(1), owner)),         step(context.addValue(P(11), P(1), owner)),
-      step(context.addValue(P(12), P(1), other)),         step(context.getValue(value, P(1), P(0x3000))),
+      step(context.addValue(P(12), P(1), P(0x2000))),     step(context.getValue(value, P(1), P(0x3000))),
       step(context.getValue(value, P(2), owner)),         step(context.replaceValue(P(13), P(2), owner)),
       step(context.replaceValue(P(13), P(2), P(0x3000))), step(context.replaceValue(P(13), P(1), owner)),
       step(context.removeValue(P(10), P(1), owner)),
