@@ -32,10 +32,12 @@ inline XmlFault CurrentFault() {
   return {severity, code, line};
 }
 
-inline void ReadText(KyXmlDocumentI& document, const std::string& bytes) {
+// True when the read left no error behind.
+inline bool ReadText(KyXmlDocumentI& document, const std::string& bytes) {
   KyXmlError::Reset();
   std::istringstream stream(bytes);
   document.read(stream);
+  return !KyXmlError::IsSet();
 }
 
 // Frees the targets of the instructions in `nodes` and below.
