@@ -142,8 +142,7 @@ TEST(PathNameTest, CacheFollowsTheSystemForm) {
   EXPECT_EQ(S(p.getString(P::kDosPathType)), "c:\\a\\b.txt");  // the DOS builder keeps it stale
   EXPECT_EQ(S(p.getUnixValue()), "/a/b.txt");
   EXPECT_EQ(S(p.getString(P::kDosPathType)), "/a/b.txt");  // Unix until the next change
-  const char* text = p;
-  EXPECT_STREQ(text, "/a/b.txt");
+  EXPECT_STREQ(static_cast<const char*>(p), "/a/b.txt");
   p.setExtension("c");
   EXPECT_EQ(S(p.getString(P::kDosPathType)), "c:\\a\\b.c");
   EXPECT_EQ(S(p.get83DosValue()), "c:\\a\\b.c");
