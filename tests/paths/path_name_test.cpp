@@ -63,7 +63,6 @@ TEST(PathNameTest, UnixAndDosParsersAndPrinters) {
   EXPECT_EQ(S(P("c:/x").getDosValue()), "c:\\x");
   EXPECT_EQ(Dos("c:"), "c:\\");
   EXPECT_EQ(Dos("c:foo\\bar"), "c:\\foo\\bar");
-  EXPECT_EQ(Dos("c:./foo"), "c:\\foo");
   EXPECT_EQ(Dos("\\\\srv\\share\\d\\f.c"), "\\\\srv\\share\\d\\f.c");
   EXPECT_EQ(Dos(""), ".\\");
   EXPECT_EQ(S(P("").getUnixValue()), "./");
